@@ -1,0 +1,63 @@
+# Vantorel. MIT licence, see LICENSE.
+# The application bundle: the shell and its guard side by side, the server in Resources.
+
+if(APPLE)
+    set(program_folder MacOS)
+else()
+    set(program_folder Linux)
+endif()
+set(VANTOREL_BUNDLE ${PROJECT_BINARY_DIR}/Vantorel.app)
+set(VANTOREL_PROGRAMS ${VANTOREL_BUNDLE}/Contents/${program_folder})
+set(VANTOREL_RESOURCES ${VANTOREL_BUNDLE}/Contents/Resources)
+file(MAKE_DIRECTORY ${VANTOREL_PROGRAMS} ${VANTOREL_RESOURCES})
+
+# The guard knows no toolkit, so every backend builds it. Its main stands alone; the rest can be tested as a library.
+string(TOLOWER ${program_folder} os_folder)
+vantorel_library(vantorel_guard_logic guard/*.cpp guard/${os_folder}/*.cpp EXCLUDE guard/main.cpp)
+if(TARGET vantorel_guard_logic AND TARGET vantorel_portable)
+    target_link_libraries(vantorel_guard_logic PUBLIC vantorel_portable)
+endif()
+if(EXISTS ${PROJECT_SOURCE_DIR}/guard/main.cpp)
+    add_executable(vantorel-guard guard/main.cpp)
+    target_link_libraries(vantorel-guard PRIVATE vantorel_options)
+    vantorel_link(vantorel-guard vantorel_guard_logic)
+    set_target_properties(vantorel-guard PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VANTOREL_PROGRAMS})
+endif()
+
+if(VANTOREL_BACKEND STREQUAL "fake")
+    return()
+endif()
+
+if(TARGET vantorel_platform AND TARGET vantorel_logic AND EXISTS ${PROJECT_SOURCE_DIR}/app/main.cpp)
+    add_executable(vantorel app/main.cpp)
+    target_link_libraries(vantorel PRIVATE vantorel_logic vantorel_platform)
+    set_target_properties(vantorel PROPERTIES OUTPUT_NAME Vantorel)
+    if(APPLE)
+        set_target_properties(vantorel PROPERTIES MACOSX_BUNDLE ON RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+        if(EXISTS ${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist)
+            set_target_properties(vantorel PROPERTIES
+                MACOSX_BUNDLE_INFO_PLIST ${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist)
+        endif()
+    else()
+        set_target_properties(vantorel PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VANTOREL_PROGRAMS})
+    endif()
+    if(TARGET vantorel-guard)
+        add_dependencies(vantorel vantorel-guard)
+    endif()
+endif()
+
+if(EXISTS ${PROJECT_SOURCE_DIR}/devserver/CMakeLists.txt)
+    add_subdirectory(devserver)
+endif()
+if(VANTOREL_SERVER)
+    get_filename_component(server ${VANTOREL_SERVER} ABSOLUTE BASE_DIR ${PROJECT_SOURCE_DIR})
+    if(NOT EXISTS ${server} OR IS_DIRECTORY ${server})
+        message(FATAL_ERROR "VANTOREL_SERVER: ${server} is not a file")
+    endif()
+    add_custom_command(OUTPUT ${VANTOREL_RESOURCES}/vantor-srv DEPENDS ${server}
+        COMMAND ${CMAKE_COMMAND} -E copy ${server} ${VANTOREL_RESOURCES}/vantor-srv
+        COMMENT "Bundling ${server} as vantor-srv")
+    add_custom_target(bundled_server ALL DEPENDS ${VANTOREL_RESOURCES}/vantor-srv)
+elseif(TARGET vantor-srv)
+    set_target_properties(vantor-srv PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VANTOREL_RESOURCES})
+endif()
