@@ -1,0 +1,17 @@
+// Vantorel. MIT licence, see LICENSE.
+// The entry point: one application object, one controller, one event loop.
+#include "app/app_delegate.h"
+#include "app/log.h"
+#include "app/require.h"
+
+int main() {
+    constexpr double kLastLinesSeconds = 1.0;
+
+    const std::unique_ptr<vantorel::Platform> platform = vantorel::makeNativePlatform();
+    vantorel::Application& app = vantorel::require(platform->application(), "application");
+    const auto delegate = std::make_shared<vantorel::AppDelegate>(*platform);
+    app.setDelegate(delegate);
+    const int status = app.run();
+    vantorel::flushLog(kLastLinesSeconds);
+    return status;
+}
