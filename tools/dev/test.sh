@@ -1,0 +1,101 @@
+# shellcheck shell=bash
+# Vantorel. MIT licence, see LICENSE.
+# Running the tests, plainly and under tools that watch them.
+
+cmd_test() {
+    ensure build run display tests
+    configure debug
+    build debug
+    probe_sandbox
+    if [ -n "${CI:-}" ]; then
+        test_twice "$@"
+    else
+        # End-to-end tests wait more than they work: twice as many as there are processors.
+        ctest --test-dir build --output-on-failure --parallel $(($(processors) * 2)) "$@"
+    fi
+}
+
+# In CI an end-to-end test gets a second try, and is named as unstable when it needed it: there, machines stall for
+# seconds. Any other test that needed it has failed.
+test_twice() {
+    local status=0
+    ctest --test-dir build --output-on-failure --parallel $(($(processors) * 2)) --repeat until-pass:2 "$@" |
+        awk -f tools/dev/unstable.awk || status=$?
+    return $status
+}
+
+# run_sanitized PRESET: the tests that need no page under a sanitizer, and a first look at the whole application.
+run_sanitized() {
+    local preset=$1 folder status=0
+    folder=$(build_folder "$preset")
+    configure "$preset"
+    build "$preset"
+    ctest --test-dir "$folder" --output-on-failure --parallel "$(processors)" --label-exclude '^e2e$' "${@:2}" || status=1
+    if [ "$preset" = asan-ubsan ]; then
+        ctest --test-dir "$folder" --output-on-failure --parallel "$(processors)" --tests-regex '^e2e\.(launch|smoke)' \
+            --no-tests=ignore || status=1
+    fi
+    return $status
+}
+
+cmd_sanitize() {
+    local suppressions=$PWD/tests/sanitizers status=0
+    ensure build run display tests
+    probe_sandbox
+    export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1
+    export LSAN_OPTIONS=suppressions=$suppressions/lsan.supp:print_suppressions=0
+    export UBSAN_OPTIONS=print_stacktrace=1:suppressions=$suppressions/ubsan.supp
+    export TSAN_OPTIONS=suppressions=$suppressions/tsan.supp:second_deadlock_stack=1:ignore_noninstrumented_modules=0
+    # With sanitizers GLib has to take memory from malloc, one block at a time, to be seen.
+    export G_SLICE=always-malloc
+    (run_sanitized asan-ubsan "$@") || status=1
+    # The thread sanitizer does not start where addresses are spread wider than it expects.
+    if [ -z "${VANTOREL_FIXED_ADDRESSES:-}" ] && has setarch && setarch "$(uname -m)" -R true 2>/dev/null; then
+        (exec setarch "$(uname -m)" -R env VANTOREL_FIXED_ADDRESSES=1 ./dev sanitize-threads "$@") || status=1
+    else
+        (run_sanitized tsan "$@") || status=1
+    fi
+    return $status
+}
+
+cmd_sanitize_threads() { run_sanitized tsan "$@"; }
+
+cmd_valgrind() {
+    ensure build valgrind
+    configure debug
+    build debug unit_tests
+    say "unit tests under Valgrind"
+    valgrind --quiet --error-exitcode=9 --leak-check=full --show-leak-kinds=definite,indirect --num-callers=30 \
+        build/tests/unit_tests --gtest_brief=1 "$@"
+}
+
+# fuzz [SECONDS] [TARGET]: as many targets at a time as there are processors.
+cmd_fuzz() {
+    local seconds=${1:-600} only=${2:-}
+    ensure_for_preset fuzz
+    configure fuzz
+    build fuzz
+    find build-fuzz/fuzz -maxdepth 1 -name "${only:-*}_fuzz" -type f | sort | grep -q . ||
+        fail "no fuzz target ${only:-at all}"
+    say "fuzzing, $seconds seconds each"
+    find build-fuzz/fuzz -maxdepth 1 -name "${only:-*}_fuzz" -type f | sort |
+        xargs -P "$(processors)" -n 1 tools/fuzz_one "$seconds"
+}
+
+cmd_bench() {
+    ensure build run display tests bench
+    [ -f tests/bench/bench.py ] || fail "there are no benchmarks"
+    configure bench
+    build bench
+    probe_sandbox
+    python3 tests/bench/bench.py --build build-bench "$@"
+}
+
+cmd_soak() {
+    ensure build run display tests
+    [ -f tests/soak/soak.py ] || fail "there is no soak test"
+    configure debug
+    build debug bundle
+    probe_sandbox
+    /usr/bin/python3 tests/soak/soak.py "$@"
+}
