@@ -8,9 +8,7 @@
 namespace vantorel {
 namespace {
 
-char lowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 /// Takes `scheme` off the front of `address`, whatever its case.
 bool takeScheme(std::string_view& address, std::string_view scheme) {

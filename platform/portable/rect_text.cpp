@@ -78,13 +78,9 @@ std::string numberText(double value) {
     return magnitude == 0 ? sign + "0" : sign + magnitudeText(magnitude);
 }
 
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
+bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 std::string lowered(std::string_view word) {
     std::string result(word);
@@ -167,8 +163,8 @@ private:
 } // namespace
 
 std::string rectText(const Rect& rect) {
-    return "{{" + numberText(rect.origin.x) + ", " + numberText(rect.origin.y) + "}, {" +
-           numberText(rect.size.width) + ", " + numberText(rect.size.height) + "}}";
+    return "{{" + numberText(rect.origin.x) + ", " + numberText(rect.origin.y) + "}, {" + numberText(rect.size.width) +
+           ", " + numberText(rect.size.height) + "}}";
 }
 
 Rect rectFromText(std::string_view text) {

@@ -11,9 +11,7 @@ namespace {
 
 enum class BlankSet { horizontal, withLineBreaks };
 
-unsigned char byteAt(std::string_view text, std::size_t index) {
-    return static_cast<unsigned char>(text[index]);
-}
+unsigned char byteAt(std::string_view text, std::size_t index) { return static_cast<unsigned char>(text[index]); }
 
 // The shortest way to know each character of the two sets is by its bytes: no member is longer than three.
 
@@ -144,13 +142,9 @@ bool isValidUtf8(std::string_view text) {
     return true;
 }
 
-std::string_view trimWhitespace(std::string_view text) {
-    return trim(text, BlankSet::horizontal);
-}
+std::string_view trimWhitespace(std::string_view text) { return trim(text, BlankSet::horizontal); }
 
-std::string_view trimWhitespaceAndNewlines(std::string_view text) {
-    return trim(text, BlankSet::withLineBreaks);
-}
+std::string_view trimWhitespaceAndNewlines(std::string_view text) { return trim(text, BlankSet::withLineBreaks); }
 
 std::vector<std::string_view> splitLines(std::string_view text) {
     std::vector<std::string_view> lines;

@@ -150,9 +150,7 @@ constexpr std::array kPositions = {
     KeyPosition{464, 63},  // Fn
 };
 
-constexpr bool isBefore(const KeyPosition& left, const KeyPosition& right) {
-    return left.evdevCode < right.evdevCode;
-}
+constexpr bool isBefore(const KeyPosition& left, const KeyPosition& right) { return left.evdevCode < right.evdevCode; }
 static_assert(std::is_sorted(kPositions.begin(), kPositions.end(), isBefore));
 
 constexpr std::uint16_t kHelpKey = 114;
@@ -172,15 +170,12 @@ constexpr std::array<std::uint16_t, 27> kFunctionKeys = {64,  79,  80,  90,  96,
 static_assert(std::is_sorted(kNumberPadKeys.begin(), kNumberPadKeys.end()));
 static_assert(std::is_sorted(kFunctionKeys.begin(), kFunctionKeys.end()));
 
-bool isArrowKey(std::uint16_t virtualKey) {
-    return virtualKey >= kFirstArrowKey && virtualKey <= kLastArrowKey;
-}
+bool isArrowKey(std::uint16_t virtualKey) { return virtualKey >= kFirstArrowKey && virtualKey <= kLastArrowKey; }
 
 } // namespace
 
 std::optional<std::uint16_t> virtualKeyCode(unsigned evdevCode) {
-    const auto found =
-        std::lower_bound(kPositions.begin(), kPositions.end(), KeyPosition{evdevCode, 0}, isBefore);
+    const auto found = std::lower_bound(kPositions.begin(), kPositions.end(), KeyPosition{evdevCode, 0}, isBefore);
     if (found == kPositions.end() || found->evdevCode != evdevCode) {
         return std::nullopt;
     }
