@@ -1,0 +1,291 @@
+# Vantorel. MIT licence, see LICENSE.
+# The world of one case: desktop, home, bundle, server and the shells started in it; ended and checked at the end.
+
+import os
+import random
+import re
+import socket
+import subprocess
+
+from harness import ax, children, desktop, place, wait
+from harness.hands import Hands
+from harness.server import ScriptedServer
+from harness.shell import TITLE, Shell
+from harness.x import Screen
+
+STRIP_GREY = (242, 242, 242)
+STATUS_STARTS = ("🔄", "✅", "❌", "⚠️")
+GREEN_STATUS = "✅ Connected to server on port {}"
+ORANGE_STATUS = "⚠️ Server running but not responding..."
+
+
+class World:
+    """Everything that a case works with. Nothing starts before it is asked for."""
+
+    def __init__(self, root, application):
+        self.root = root
+        self.application = application
+        self.children = children.Children(root)
+        self.home = place.Home(root)
+        self.bundle = place.Bundle(root, application)
+        self.port = free_port()
+        self.server = ScriptedServer(self.bundle)
+        self.shells = []
+        self.screen = None
+        self.hands = None
+        self.display_server = None
+        self.bus = None
+        self.bus_address = None
+        self.manager = None
+        self.allowed_complaints = []
+        self._ax = None
+
+    # The desktop
+
+    def desktop(self, manager="xfwm4", bus=True, size=(1400, 1000)):
+        """Starts display, bus and window manager; `launch` does it with the defaults when a case has not."""
+        self.display_server, name = desktop.start_display(self.children, size)
+        self.screen = Screen(name)
+        self.hands = Hands(self.screen)
+        if bus:
+            self.bus, self.bus_address = desktop.start_bus(self.children, self.home)
+        if manager:
+            self.start_manager(manager)
+
+    def start_manager(self, name):
+        """Starts a window manager."""
+        self.manager = desktop.start_window_manager(self.children, name, self.environment(), self.screen)
+
+    def environment(self):
+        """The environment of a program in this session."""
+        environment = self.home.environment()
+        environment["DISPLAY"] = self.screen.name
+        environment["XDG_SESSION_TYPE"] = "x11"
+        if self.bus_address:
+            environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus_address
+        return environment
+
+    @property
+    def ax(self):
+        """Access to the texts of the shell's widgets."""
+        if self._ax is None:
+            self._ax = ax.Reader(self.bus_address)
+        return self._ax
+
+    # The shell
+
+    def launch(self, environment=None, unset=(), program=None, **options):
+        """Starts the shell; `environment` adds variables, `unset` takes some away."""
+        if self.screen is None:
+            self.desktop()
+        if self.bus_address:
+            self.ax  # the accessibility bus must be there before the toolkit looks for it
+        values = self.environment() | {"WEBSOCKET_PORT": str(self.port)} | (environment or {})
+        for name in unset:
+            values.pop(name, None)
+        shell = Shell(self.children, program or self.bundle.program, values, self.root, f"shell{len(self.shells)}", **options)
+        self.shells.append(shell)
+        return shell
+
+    def move_program(self, folder):
+        """Moves the program into another folder of the case, and returns its new path."""
+        target = os.path.join(self.root, folder)
+        os.makedirs(target)
+        for name in os.listdir(os.path.dirname(self.bundle.program)):
+            os.rename(os.path.join(os.path.dirname(self.bundle.program), name), os.path.join(target, name))
+        return os.path.join(target, os.path.basename(self.bundle.program))
+
+    def launch_loaded(self, page=None, **options):
+        """Starts the shell on the scripted server (with that page) and waits for the page and its window."""
+        if page is not None:
+            self.server.page(page)
+        shell = self.launch(**options)
+        shell.wait_loaded()
+        return shell, self.window(shell)
+
+    def window(self, shell, timeout=15):
+        """The main window, once it is on the screen."""
+        return wait.until(lambda: self.screen.window_titled(TITLE, shell.pid), timeout, "the main window shows")
+
+    def focused(self, shell):
+        """The main window, made active if it is not."""
+        window = self.window(shell)
+        if self.screen.has_window_manager():
+            self.screen.activate(window)
+        return window
+
+    def dialog(self, shell, timeout=5):
+        """The shell's topmost dialog window, once it is on the screen."""
+        def found():
+            return [window for window in self.screen.windows_of(shell.pid)
+                    if self.screen.property(window, "WM_TRANSIENT_FOR")
+                    or "_NET_WM_STATE_MODAL" in self.screen.states(window)]
+        return wait.until(found, timeout, "a dialog shows")[-1]
+
+    def dialogs(self, shell):
+        """The shell's dialog windows that are on the screen."""
+        return [window for window in self.screen.windows_of(shell.pid)
+                if self.screen.property(window, "WM_TRANSIENT_FOR")
+                or "_NET_WM_STATE_MODAL" in self.screen.states(window)]
+
+    # The status strip
+
+    def status(self, shell):
+        """The text of the status line, as a screen reader gets it; None while there is none."""
+        for node in self.ax.all(shell.pid, role="label"):
+            text = node.text() or node.name()
+            if text and text.startswith(STATUS_STARTS):
+                return text
+        return None
+
+    def wait_status(self, shell, wanted, timeout=10):
+        """Waits until the status line equals a text or matches a compiled pattern; returns it."""
+        seen = []
+
+        def fits():
+            text = self.status(shell)
+            if not seen or seen[-1] != text:
+                seen.append(text)
+            return text is not None and (text == wanted if isinstance(wanted, str) else bool(wanted.search(text)))
+
+        wait.until(fits, timeout, lambda: f"status {wanted!r}; seen: {seen}", 0.05)
+        return seen[-1]
+
+    def strip_rows(self, window):
+        """(first row, number of rows) of the status strip in the client window, by its colour."""
+        picture = self.screen.picture(window)
+        column = [picture.getpixel((4, y)) for y in range(picture.height)]
+        best, run = (0, 0), 0
+        for y, color in enumerate(column):
+            run = run + 1 if all(abs(a - b) <= 1 for a, b in zip(color, STRIP_GREY)) else 0
+            if run > best[1]:
+                best = (y - run + 1, run)
+        return best
+
+    def strip_top(self, window, timeout=5):
+        """The row of the client window where the strip, and with it the content, begins; waits until it is drawn."""
+        return wait.until(lambda: (self.strip_rows(window) if self.strip_rows(window)[1] >= 29 else None), timeout,
+                          lambda: f"the strip is drawn, it has {self.strip_rows(window)}")[0]
+
+    def page_color(self, window):
+        """The colour in the middle of the page."""
+        picture = self.screen.picture(window)
+        return picture.getpixel((picture.width // 2, picture.height // 2))
+
+    def wait_page_color(self, window, color, timeout=8):
+        """Waits until the middle of the page shows a colour."""
+        wait.until(lambda: self.page_color(window) == color, timeout,
+                   lambda: f"the page shows {color}, it is {self.page_color(window)}", 0.05)
+
+    def status_color(self, window):
+        """The name of the status text's colour: "orange", "red", "green", "dark", or None when no text is seen."""
+        top, rows = self.strip_rows(window)
+        if rows < 20:
+            return None
+        picture = self.screen.picture(window)
+        # The first emoji has colours of its own: look to its right.
+        part = picture.crop((32, top, picture.width - 4, top + rows))
+        pixels = part.getdata()
+        far = max(pixels, key=lambda color: sum(abs(a - b) for a, b in zip(color, STRIP_GREY)))
+        red, green, blue = far
+        if sum(abs(a - b) for a, b in zip(far, STRIP_GREY)) < 60:
+            return None
+        if red > 180 and 80 < green < 200 and blue < 120:
+            return "orange"
+        if red > 180 and green < 90 and blue < 90:
+            return "red"
+        if green > red + 40 and green > blue + 40:
+            return "green"
+        return "dark" if max(far) < 110 else f"rgb{far}"
+
+    def wait_color(self, window, wanted, timeout=5):
+        """Waits for a colour of the status text."""
+        wait.until(lambda: self.status_color(window) == wanted, timeout,
+                   lambda: f"status colour {wanted}, it is {self.status_color(window)}", 0.1)
+
+    # The end
+
+    def server_processes(self):
+        """Process numbers of living programs that run from the bundle's resources or were started there."""
+        found = []
+        for pid in children.descendants(os.getpid()):
+            try:
+                if os.readlink(f"/proc/{pid}/cwd") == self.bundle.resources:
+                    found.append(pid)
+                    continue
+            except OSError:
+                pass
+            if any(part == self.bundle.server for part in children.command(pid)):
+                found.append(pid)
+        return found
+
+    def expect_no_server(self, timeout=13.0):
+        """Fails unless no server process lives any more."""
+        wait.until(lambda: not self.server_processes(), timeout, lambda: "the server is gone, but there are "
+                   + str([(pid, children.command(pid)) for pid in self.server_processes()]))
+
+    def expect_no_helpers(self, timeout=5.0):
+        """Fails unless all of the engine's processes are gone."""
+        def left():
+            return [pid for pid in children.descendants(os.getpid())
+                    if os.path.basename((children.command(pid) or [""])[0]).startswith("WebKit")]
+        wait.until(lambda: not left(), timeout, lambda: f"the engine's processes are gone, but there are {left()}")
+
+    def finish(self):
+        """Quits what still runs, and proves that no shell complained and nothing of theirs survives."""
+        for shell in self.shells:
+            if shell.running():
+                shell.quit(15)
+        self.expect_no_server()
+        self.expect_no_helpers()
+        for shell in self.shells:
+            wrong = [line for line in shell.complaints()
+                     if not any(re.search(allowed, line) for allowed in self.allowed_complaints)]
+            assert not wrong, "complaints on standard error:\n" + "\n".join(wrong[:20])
+
+    def clear(self):
+        """Kills whatever is left; never fails."""
+        for shell in self.shells:
+            try:
+                shell.kill()
+            except (OSError, subprocess.SubprocessError):
+                pass
+        self.children.stop_all()
+
+    def tell(self, picture_path):
+        """What a failed case leaves to read: logs, record, and a picture of the screen."""
+        for number, shell in enumerate(self.shells):
+            lines = shell.texts()
+            print(f"--- log of shell {number} (last of {len(lines)} lines, "
+                  f"{'running' if shell.running() else 'ended with ' + str(shell.process.returncode)})")
+            print("\n".join(f"{line.time - shell.started:7.3f} {line.text[:300]}" for line in shell.lines()[-70:]))
+            with open(shell.error_file, encoding="utf-8", errors="replace") as file:
+                errors = file.read().splitlines()
+            if errors:
+                print(f"--- standard error of shell {number}")
+                print("\n".join(line[:300] for line in errors[-25:]))
+        record = self.server.record()
+        if record:
+            print("--- record of the server")
+            print("\n".join(str(entry)[:300] for entry in record[-40:]))
+        if self.screen is not None:
+            try:
+                os.makedirs(os.path.dirname(picture_path), exist_ok=True)
+                self.screen.picture().save(picture_path)
+                print(f"--- picture of the screen: {picture_path}")
+            except Exception as problem:  # pylint: disable=broad-except  # the display may be gone: that is the case's subject
+                print(f"--- no picture: {problem!r}")
+
+
+def free_port():
+    """A port that nothing listens on, outside the range that the system gives away by itself."""
+    for _ in range(100):
+        port = random.randint(12000, 31000)
+        try:
+            for family, address in ((socket.AF_INET, "127.0.0.1"), (socket.AF_INET6, "::1")):
+                with socket.socket(family, socket.SOCK_STREAM) as probe:
+                    probe.bind((address, port))
+        except OSError:
+            continue
+        return port
+    raise AssertionError("no free port")
