@@ -11,14 +11,17 @@
 
 namespace vantorel::gtk {
 
-/// The shade for `color`. The palette's shades have a contrast of at least 4.5 to 1 on the light strip they are shown on,
-/// whatever the desktop's scheme.
+/// The shade for `color`. The palette's shades have a contrast of at least 4.5 to 1 on the light strip they are shown
+/// on, whatever the desktop's scheme.
 GdkRGBA rgbaOf(const Color& color);
 
 /// `color` as a style sheet spells it, whatever the locale.
 std::string cssColor(const GdkRGBA& color);
 
-/// Black or white, whichever reads better on `background`.
+/// The contrast of two opaque colours, from 1 (none) to 21.
+double contrast(const GdkRGBA& one, const GdkRGBA& other);
+
+/// Near black or white, whichever reads better on `background`.
 GdkRGBA readableOn(const GdkRGBA& background);
 
 /// Style declarations for one widget, above the theme's and the user's. Children inherit what CSS lets them inherit.
@@ -27,14 +30,17 @@ public:
     Style() = default;
     Style(const Style&) = delete;
     Style& operator=(const Style&) = delete;
+    Style(Style&&) = delete;
     ~Style();
 
     /// Replaces the declarations of `widget` ("color: red; border: none;").
     void set(GtkWidget* widget, const std::string& declarations);
 
 private:
+    void release();
+
     Object<GtkWidget> widget_;
     Object<GtkCssProvider> provider_;
 };
 
-}  // namespace vantorel::gtk
+} // namespace vantorel::gtk

@@ -11,7 +11,7 @@
 namespace vantorel::gtk {
 
 /// One reference to a GObject, or none. Copies share the object.
-template <typename T>
+template<typename T>
 class Object {
 public:
     Object() = default;
@@ -19,12 +19,14 @@ public:
     static Object take(T* object) { return Object(object); }
     /// Adds a reference of its own ("transfer none"); a floating object, as new widgets are, is sunk.
     static Object share(T* object) {
-        if (object != nullptr) g_object_ref_sink(object);
+        if (object != nullptr)
+            g_object_ref_sink(object);
         return Object(object);
     }
 
     Object(const Object& other) : object_(other.object_) {
-        if (object_ != nullptr) g_object_ref(object_);
+        if (object_ != nullptr)
+            g_object_ref(object_);
     }
     Object(Object&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
     Object& operator=(Object other) noexcept {
@@ -32,7 +34,8 @@ public:
         return *this;
     }
     ~Object() {
-        if (object_ != nullptr) g_object_unref(object_);
+        if (object_ != nullptr)
+            g_object_unref(object_);
     }
 
     T* get() const { return object_; }
@@ -57,7 +60,7 @@ struct GErrorFree {
 using GErrorPointer = std::unique_ptr<GError, GErrorFree>;
 
 /// Runs `function` where C code is the caller: an exception must not unwind through its frames, so it ends the process.
-template <typename Function, typename... Arguments>
+template<typename Function, typename... Arguments>
 auto guarded(Function&& function, Arguments&&... arguments) noexcept {
     return std::forward<Function>(function)(std::forward<Arguments>(arguments)...);
 }
@@ -67,11 +70,13 @@ class SignalConnection {
 public:
     SignalConnection() = default;
     SignalConnection(gpointer instance, gulong handler)
-        : instance_(Object<GObject>::share(G_OBJECT(instance))), handler_(handler) {}
+        : instance_(Object<GObject>::share(G_OBJECT(instance))),
+          handler_(handler) {}
     SignalConnection(const SignalConnection&) = delete;
     SignalConnection& operator=(const SignalConnection&) = delete;
     SignalConnection(SignalConnection&& other) noexcept
-        : instance_(std::move(other.instance_)), handler_(std::exchange(other.handler_, 0)) {}
+        : instance_(std::move(other.instance_)),
+          handler_(std::exchange(other.handler_, 0)) {}
     SignalConnection& operator=(SignalConnection&& other) noexcept {
         disconnect();
         instance_ = std::move(other.instance_);
@@ -95,9 +100,9 @@ private:
 };
 
 /// The C side of a handler with the given signature; see `connect`.
-template <typename Signature>
+template<typename Signature>
 struct SignalTrampoline;
-template <typename R, typename... Args>
+template<typename R, typename... Args>
 struct SignalTrampoline<R(Args...)> {
     static R call(gpointer, Args... args, gpointer data) {
         return guarded(*static_cast<std::function<R(Args...)>*>(data), args...);
@@ -108,12 +113,12 @@ struct SignalTrampoline<R(Args...)> {
 /// Connects `handler` to `signal` of `instance`. The signature is the signal's own, without instance and user data:
 ///     connection_ = connect<void(GParamSpec*)>(window, "notify::title", [this](GParamSpec*) { … });
 /// The closure is freed with the connection. It may release its own connection while it runs.
-template <typename Signature>
+template<typename Signature>
 [[nodiscard]] SignalConnection connect(gpointer instance, const char* signal, std::function<Signature> handler) {
     using Trampoline = SignalTrampoline<Signature>;
-    const gulong id = g_signal_connect_data(instance, signal, G_CALLBACK(&Trampoline::call),
-                                            new std::function<Signature>(std::move(handler)), &Trampoline::free,
-                                            GConnectFlags{});
+    const gulong id =
+        g_signal_connect_data(instance, signal, G_CALLBACK(&Trampoline::call),
+                              new std::function<Signature>(std::move(handler)), &Trampoline::free, GConnectFlags{});
     return SignalConnection(instance, id);
 }
 
@@ -126,12 +131,14 @@ public:
     SourceId& operator=(const SourceId&) = delete;
     SourceId(SourceId&& other) noexcept : id_(std::exchange(other.id_, 0)) {}
     SourceId& operator=(SourceId&& other) noexcept {
-        if (id_ != 0) g_source_remove(id_);
+        if (id_ != 0)
+            g_source_remove(id_);
         id_ = std::exchange(other.id_, 0);
         return *this;
     }
     ~SourceId() {
-        if (id_ != 0) g_source_remove(id_);
+        if (id_ != 0)
+            g_source_remove(id_);
     }
     /// GLib removes the source by itself, for example because its callback returned G_SOURCE_REMOVE.
     void forget() { id_ = 0; }
@@ -141,4 +148,4 @@ private:
     guint id_ = 0;
 };
 
-}  // namespace vantorel::gtk
+} // namespace vantorel::gtk

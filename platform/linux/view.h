@@ -33,8 +33,8 @@ const ViewCore* coreOf(const View& view);
 /// share the change by their sizes when both are flexible. Sizes do not fall below 0.
 Rect autoresized(Rect frame, unsigned mask, Size before, Size after);
 
-/// The state behind every view. Its widget holds the widgets of the subviews, and below them one content widget (a label,
-/// a web view) that fills it where the view is more than a rectangle.
+/// The state behind every view. Its widget holds the widgets of the subviews, and below them one content widget (a
+/// label, a web view) that fills it where the view is more than a rectangle.
 class ViewCore : public Layer {
 public:
     /// `content` may be null; a floating reference is taken over.
@@ -88,7 +88,7 @@ private:
 };
 
 /// All functions of View over a ViewCore, for the backend's own classes: `class GtkWebView : public ViewOf<WebView>`.
-template <typename Interface>
+template<typename Interface>
 class ViewOf : public Interface, public HasViewCore {
 public:
     explicit ViewOf(Rect frame, GtkWidget* content = nullptr) : core_(frame, content) {}
@@ -114,4 +114,4 @@ private:
 
 std::shared_ptr<View> makeView(Rect frame);
 
-}  // namespace vantorel::gtk
+} // namespace vantorel::gtk

@@ -1,0 +1,244 @@
+// Vantorel. MIT licence, see LICENSE.
+// Views: the container widget, autoresizing, stacking.
+#include "platform/linux/view.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/linux/main_thread.h"
+
+namespace vantorel::gtk {
+namespace {
+
+/// The widget behind every view. It owns no geometry: it tells its core the size it got and lets the core place the
+/// children. Its core may be gone before it, when GTK still holds a reference.
+struct ViewWidget {
+    GtkWidget parent;
+    ViewCore* core;
+    gboolean demanding;
+};
+struct ViewWidgetClass {
+    GtkWidgetClass parent;
+};
+
+GType viewWidgetType();
+
+ViewWidget* asViewWidget(gpointer instance) { return static_cast<ViewWidget*>(instance); }
+
+GtkWidgetClass* parentClass() { return static_cast<GtkWidgetClass*>(g_type_class_peek(GTK_TYPE_WIDGET)); }
+
+GtkSizeRequestMode requestMode(GtkWidget*) { return GTK_SIZE_REQUEST_CONSTANT_SIZE; }
+
+void measure(GtkWidget* widget, GtkOrientation orientation, int, int* minimum, int* natural, int* minimumBaseline,
+             int* naturalBaseline) {
+    const ViewWidget* self = asViewWidget(widget);
+    const Size size = self->core == nullptr ? Size{} : self->core->frame().size;
+    const double extent = orientation == GTK_ORIENTATION_HORIZONTAL ? size.width : size.height;
+    *natural = static_cast<int>(std::lround(std::clamp(extent, 0.0, 32767.0)));
+    *minimum = self->demanding != FALSE ? *natural : 0;
+    *minimumBaseline = -1;
+    *naturalBaseline = -1;
+}
+
+void sizeAllocate(GtkWidget* widget, int width, int height, int) {
+    if (ViewCore* core = asViewWidget(widget)->core) {
+        guarded([=] { core->resizedTo({static_cast<double>(width), static_cast<double>(height)}); });
+    }
+}
+
+void dispose(GObject* object) {
+    while (GtkWidget* child = gtk_widget_get_first_child(GTK_WIDGET(object))) {
+        gtk_widget_unparent(child);
+    }
+    G_OBJECT_CLASS(parentClass())->dispose(object);
+}
+
+void initClass(gpointer classPointer, gpointer) {
+    auto* widgetClass = static_cast<GtkWidgetClass*>(classPointer);
+    widgetClass->get_request_mode = requestMode;
+    widgetClass->measure = measure;
+    widgetClass->size_allocate = sizeAllocate;
+    G_OBJECT_CLASS(classPointer)->dispose = dispose;
+    gtk_widget_class_set_css_name(widgetClass, "vantorel-view");
+    gtk_widget_class_set_accessible_role(widgetClass, GTK_ACCESSIBLE_ROLE_GROUP);
+}
+
+void initInstance(GTypeInstance* instance, gpointer) {
+    gtk_widget_set_overflow(reinterpret_cast<GtkWidget*>(instance), GTK_OVERFLOW_HIDDEN);
+}
+
+GType viewWidgetType() {
+    static const GType type = g_type_register_static_simple(GTK_TYPE_WIDGET, "VantorelView", sizeof(ViewWidgetClass),
+                                                            initClass, sizeof(ViewWidget), initInstance, GTypeFlags{});
+    return type;
+}
+
+/// Gives `child` the rectangle with its top left corner at (left, top). A widget that needs more gets more, around the
+/// same middle: large text is cut by its parent at worst, and never squeezed.
+void allocate(GtkWidget* child, double left, double top, Size size) {
+    const auto whole = [](double value) { return static_cast<int>(std::lround(std::clamp(value, -32768.0, 32767.0))); };
+    int x = whole(left);
+    int y = whole(top);
+    int width = std::max(0, whole(left + size.width) - x);
+    int height = std::max(0, whole(top + size.height) - y);
+    int minimum = 0;
+    gtk_widget_measure(child, GTK_ORIENTATION_HORIZONTAL, -1, &minimum, nullptr, nullptr, nullptr);
+    width = std::max(width, minimum);
+    gtk_widget_measure(child, GTK_ORIENTATION_VERTICAL, width, &minimum, nullptr, nullptr, nullptr);
+    if (minimum > height) {
+        y -= (minimum - height) / 2;
+        height = minimum;
+    }
+    const GtkAllocation allocation = {x, y, width, height};
+    gtk_widget_size_allocate(child, &allocation, -1);
+}
+
+class PlainView : public ViewOf<View> {
+public:
+    using ViewOf::ViewOf;
+};
+
+} // namespace
+
+ViewCore* coreOf(View& view) {
+    auto* owner = dynamic_cast<HasViewCore*>(&view);
+    return owner == nullptr ? nullptr : &owner->core();
+}
+
+const ViewCore* coreOf(const View& view) {
+    const auto* owner = dynamic_cast<const HasViewCore*>(&view);
+    return owner == nullptr ? nullptr : &owner->core();
+}
+
+Rect autoresized(Rect frame, unsigned mask, Size before, Size after) {
+    const auto has = [mask](Autoresizing bit) { return (mask & static_cast<unsigned>(bit)) != 0; };
+    if (has(Autoresizing::widthSizable))
+        frame.size.width += after.width - before.width;
+
+    const double change = after.height - before.height;
+    const bool stretches = has(Autoresizing::heightSizable);
+    const bool floats = has(Autoresizing::minYMargin);
+    if (stretches && floats) {
+        const double whole = frame.size.height + frame.origin.y;
+        const double share = whole > 0 ? frame.size.height / whole : 0.5;
+        frame.size.height += change * share;
+        frame.origin.y += change * (1 - share);
+    } else if (stretches) {
+        frame.size.height += change;
+    } else if (floats) {
+        frame.origin.y += change;
+    }
+    frame.size.width = std::max(0.0, frame.size.width);
+    frame.size.height = std::max(0.0, frame.size.height);
+    return frame;
+}
+
+ViewCore::ViewCore(Rect frame, GtkWidget* content)
+    : widget_(Object<GtkWidget>::share(static_cast<GtkWidget*>(g_object_new(viewWidgetType(), nullptr)))),
+      frame_(frame),
+      setFrame_(frame) {
+    assertMainThread();
+    asViewWidget(widget_.get())->core = this;
+    if (content != nullptr)
+        setContent(content);
+}
+
+ViewCore::~ViewCore() {
+    asViewWidget(widget_.get())->core = nullptr;
+    for (const Child& child : children_) {
+        child.core->parent_ = nullptr;
+        gtk_widget_unparent(child.core->widget());
+    }
+    if (content_ && gtk_widget_get_parent(content_.get()) == widget_.get())
+        gtk_widget_unparent(content_.get());
+}
+
+void ViewCore::setContent(GtkWidget* content) {
+    assertMainThread();
+    if (content_)
+        gtk_widget_unparent(content_.get());
+    content_ = Object<GtkWidget>::share(content);
+    gtk_widget_insert_after(content, widget_.get(), nullptr);
+}
+
+void ViewCore::setAutoresizingMask(unsigned mask) {
+    assertMainThread();
+    mask_ = mask;
+}
+
+std::vector<ViewCore::Child>::iterator ViewCore::findChild(const View* view) {
+    return std::find_if(children_.begin(), children_.end(),
+                        [view](const Child& child) { return view != nullptr && child.view.get() == view; });
+}
+
+void ViewCore::addSubview(std::shared_ptr<View> view, OrderingMode mode, const View* sibling) {
+    assertMainThread();
+    ViewCore* core = view ? coreOf(*view) : nullptr;
+    if (core == nullptr || core == this)
+        return;
+    if (core->parent_ != nullptr)
+        core->parent_->removeChild(*core);
+
+    // Children are drawn in widget order: the content first, then children_ from its front to its back.
+    auto place = mode == OrderingMode::above ? children_.end() : children_.begin();
+    if (const auto found = findChild(sibling); found != children_.end()) {
+        place = mode == OrderingMode::above ? found + 1 : found;
+    }
+    GtkWidget* below = place == children_.begin() ? content_.get() : (place - 1)->core->widget();
+    gtk_widget_insert_after(core->widget(), widget_.get(), below);
+    children_.insert(place, Child{std::move(view), core});
+    core->parent_ = this;
+    core->setFrame_ = core->frame_;
+    core->setParentSize_ = frame_.size;
+}
+
+void ViewCore::removeChild(const ViewCore& child) {
+    const auto found =
+        std::find_if(children_.begin(), children_.end(), [&child](const Child& c) { return c.core == &child; });
+    if (found == children_.end())
+        return;
+    found->core->parent_ = nullptr;
+    gtk_widget_unparent(found->core->widget());
+    children_.erase(found);
+}
+
+void ViewCore::setWantsLayer(bool wantsLayer) {
+    assertMainThread();
+    wantsLayer_ = wantsLayer;
+    if (!wantsLayer)
+        style_.set(widget_.get(), "");
+}
+
+void ViewCore::setBackgroundColor(const Color& color) {
+    assertMainThread();
+    const GdkRGBA background = rgbaOf(color);
+    std::string declarations = "background-color: " + cssColor(background) + ";";
+    // A background of its own leaves the desktop's scheme behind; text on it must follow.
+    if (background.alpha >= 0.5F)
+        declarations += "color: " + cssColor(readableOn(background)) + ";";
+    style_.set(widget_.get(), declarations);
+}
+
+void ViewCore::requireFrameSize() {
+    asViewWidget(widget_.get())->demanding = TRUE;
+    gtk_widget_queue_resize(widget_.get());
+}
+
+void ViewCore::resizedTo(Size size) {
+    frame_.size = size;
+    if (content_)
+        allocate(content_.get(), 0, 0, size);
+    for (const Child& child : children_) {
+        placeChild(*child.core);
+    }
+}
+
+void ViewCore::placeChild(ViewCore& child) const {
+    child.frame_ = autoresized(child.setFrame_, child.mask_, child.setParentSize_, frame_.size);
+    const double top = frame_.size.height - child.frame_.origin.y - child.frame_.size.height;
+    allocate(child.widget(), child.frame_.origin.x, top, child.frame_.size);
+}
+
+std::shared_ptr<View> makeView(Rect frame) { return std::make_shared<PlainView>(frame); }
+
+} // namespace vantorel::gtk
