@@ -1,0 +1,130 @@
+// Vantorel. MIT licence, see LICENSE.
+// The application object over NSApplication.
+#import "platform/macos/application.h"
+
+#import <AppKit/AppKit.h>
+
+#include <utility>
+
+#import "platform/macos/bridge.h"
+#import "platform/macos/menu.h"
+
+using vantorel::ApplicationDelegate;
+using vantorel::Selector;
+
+/// Forwards to the controller, which it holds weakly. It responds to the menu's selectors, so that the responder chain,
+/// which ends at the application's delegate, finds them here.
+@interface VantorelApplicationDelegate : NSObject <NSApplicationDelegate>
+- (instancetype)initWithDelegate:(std::weak_ptr<ApplicationDelegate>)delegate;
+- (void)showAbout;
+- (void)toggleAlwaysOnTop;
+- (void)toggleHideInScreenshots;
+- (void)reload;
+- (void)resetZoom;
+- (void)zoomIn;
+- (void)zoomOut;
+@end
+
+@implementation VantorelApplicationDelegate {
+    std::weak_ptr<ApplicationDelegate> _delegate;
+}
+
+- (instancetype)initWithDelegate:(std::weak_ptr<ApplicationDelegate>)delegate {
+    self = [super init];
+    if (self != nil) _delegate = std::move(delegate);
+    return self;
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)__unused notification {
+    vantorel::mac::guarded([&] {
+        if (const auto delegate = _delegate.lock()) delegate->applicationDidFinishLaunching();
+    });
+}
+
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)__unused sender {
+    return vantorel::mac::guarded([&] {
+        const auto delegate = _delegate.lock();
+        return delegate && delegate->applicationShouldTerminateAfterLastWindowClosed();
+    });
+}
+
+- (void)applicationWillTerminate:(NSNotification*)__unused notification {
+    vantorel::mac::guarded([&] {
+        if (const auto delegate = _delegate.lock()) delegate->applicationWillTerminate();
+    });
+}
+
+- (void)forward:(SEL)action {
+    vantorel::mac::guarded([&] {
+        if (const auto delegate = _delegate.lock()) {
+            delegate->performAction(vantorel::mac::toText(NSStringFromSelector(action)));
+        }
+    });
+}
+
+- (void)showAbout {
+    [self forward:_cmd];
+}
+
+- (void)toggleAlwaysOnTop {
+    [self forward:_cmd];
+}
+
+- (void)toggleHideInScreenshots {
+    [self forward:_cmd];
+}
+
+- (void)reload {
+    [self forward:_cmd];
+}
+
+- (void)resetZoom {
+    [self forward:_cmd];
+}
+
+- (void)zoomIn {
+    [self forward:_cmd];
+}
+
+- (void)zoomOut {
+    [self forward:_cmd];
+}
+
+@end
+
+namespace vantorel::mac {
+
+namespace {
+
+class MacApplication : public Application {
+public:
+    void setDelegate(std::weak_ptr<ApplicationDelegate> delegate) override {
+        // NSApplication holds its delegate weakly.
+        delegate_ = [[VantorelApplicationDelegate alloc] initWithDelegate:std::move(delegate)];
+        app_.delegate = delegate_;
+    }
+    int run() override {
+        // Ends the process by itself when the application terminates.
+        [app_ run];
+        return 0;
+    }
+    void activateIgnoringOtherApps(bool ignoring) override { [app_ activateIgnoringOtherApps:ignoring]; }
+    void setMainMenu(std::shared_ptr<Menu> menu) override {
+        mainMenu_ = std::move(menu);
+        app_.mainMenu = nsMenuOf(mainMenu_);
+    }
+    std::shared_ptr<Menu> mainMenu() const override { return mainMenu_; }
+
+private:
+    NSApplication* app_ = NSApplication.sharedApplication;
+    VantorelApplicationDelegate* delegate_ = nil;
+    std::shared_ptr<Menu> mainMenu_;
+};
+
+}  // namespace
+
+std::unique_ptr<Application> makeApplication() {
+    return std::make_unique<MacApplication>();
+}
+
+}  // namespace vantorel::mac

@@ -1,0 +1,108 @@
+// Vantorel. MIT licence, see LICENSE.
+// A child process over NSTask, with a guard beside it that ends it when the application is gone.
+#import "platform/macos/process.h"
+
+#import "platform/macos/bridge.h"
+#import "platform/macos/guard_link.h"
+#import "platform/macos/pipe.h"
+
+namespace vantorel::mac {
+
+namespace {
+
+/// What the system can hold: a name with text in it and no "=", and no NUL anywhere.
+bool isHoldable(const std::string& name, const std::string& value) {
+    return !name.empty() && name.find('=') == std::string::npos && name.find('\0') == std::string::npos &&
+           value.find('\0') == std::string::npos;
+}
+
+class MacProcess : public Process, public std::enable_shared_from_this<MacProcess> {
+public:
+    void setExecutablePath(const std::string& path) override {
+        task_.executableURL = [NSURL fileURLWithPath:toPath(path)];
+    }
+    std::optional<std::string> executablePath() const override { return pathOf(task_.executableURL); }
+    void setCurrentDirectoryPath(const std::string& path) override {
+        task_.currentDirectoryURL = [NSURL fileURLWithPath:toPath(path)];
+    }
+    std::optional<std::string> currentDirectoryPath() const override { return pathOf(task_.currentDirectoryURL); }
+
+    void setEnvironment(const Environment& environment) override {
+        NSMutableDictionary<NSString*, NSString*>* const entries = [NSMutableDictionary dictionary];
+        for (const auto& [name, value] : environment) {
+            if (isHoldable(name, value)) entries[toNSString(name)] = toNSString(value);
+        }
+        task_.environment = entries;
+    }
+    void setStandardOutput(std::shared_ptr<Pipe> pipe) override {
+        output_ = std::move(pipe);
+        task_.standardOutput = nsPipeOf(output_);
+    }
+    void setStandardError(std::shared_ptr<Pipe> pipe) override {
+        errors_ = std::move(pipe);
+        task_.standardError = nsPipeOf(errors_);
+    }
+    void setTerminationHandler(std::function<void(Process&)> handler) override {
+        handler_ = std::move(handler);
+    }
+
+    std::optional<PlatformError> run() override {
+        task_.standardInput = NSFileHandle.fileHandleWithNullDevice;
+        // The child's end is reported in any case, so it keeps this object alive until then.
+        const std::shared_ptr<MacProcess> self = shared_from_this();
+        task_.terminationHandler = ^(NSTask* __unused task) {
+            guarded([&] {
+                if (self->handler_) self->handler_(*self);
+            });
+        };
+        NSError* error = nil;
+        @try {
+            launched_ = [task_ launchAndReturnError:&error];
+        } @catch (NSException* exception) {
+            // Raised in place of an error by some systems for a missing executable.
+            return PlatformError{toText(exception.reason), toText(exception.description)};
+        }
+        if (!launched_) {
+            task_.terminationHandler = nil;
+            return toPlatformError(error);
+        }
+        // The child has its own copy; ours would keep the end of output from ever coming.
+        [nsPipeOf(output_).fileHandleForWriting closeAndReturnError:nil];
+        guard_.start(task_.processIdentifier);
+        return std::nullopt;
+    }
+
+    bool isRunning() const override { return launched_ && task_.running; }
+    std::int32_t processIdentifier() const override { return launched_ ? task_.processIdentifier : 0; }
+    // Asking a running task for its status raises an exception.
+    std::int32_t terminationStatus() const override { return launched_ && !task_.running ? task_.terminationStatus : 0; }
+    void terminate() override {
+        if (!isRunning()) return;
+        [task_ terminate];
+        guard_.tellNormalQuit();
+    }
+    void waitUntilExit() override {
+        if (launched_) [task_ waitUntilExit];
+    }
+
+private:
+    static std::optional<std::string> pathOf(NSURL* url) {
+        if (url == nil) return std::nullopt;
+        return toText(url.path);
+    }
+
+    NSTask* task_ = [[NSTask alloc] init];
+    std::shared_ptr<Pipe> output_;
+    std::shared_ptr<Pipe> errors_;
+    std::function<void(Process&)> handler_;
+    bool launched_ = false;
+    GuardLink guard_;
+};
+
+}  // namespace
+
+std::shared_ptr<Process> makeProcess() {
+    return std::make_shared<MacProcess>();
+}
+
+}  // namespace vantorel::mac
