@@ -122,8 +122,9 @@ private:
 
 std::unique_ptr<Platform> makeNativePlatform() {
     mac::openStandardDescriptors();
-    // A reader of the log that goes away costs the log, not the application.
-    std::signal(SIGPIPE, SIG_IGN);
+    // A reader of the log that goes away costs the log, not the application. A handler, because unlike "ignore" it is not
+    // handed down to the server.
+    std::signal(SIGPIPE, [](int) {});
     return std::make_unique<mac::MacPlatform>();
 }
 
