@@ -63,9 +63,20 @@ def frame(opcode, data=b"", final=True, masked=True, length=None):
     return bytes([(0x80 if final else 0) | opcode]) + size + mask + body
 
 
+def free_port():
+    while True:
+        port = random.randint(20000, 32000)  # below what the kernel hands out to clients
+        with socket.socket() as probe:
+            try:
+                probe.bind(("127.0.0.1", port))
+                return port
+            except OSError:
+                continue
+
+
 class VantorSrvTest(unittest.TestCase):
     def setUp(self):
-        self.port = random.randint(20000, 60000)
+        self.port = random.randint(20000, 32000)  # below what the kernel hands out to clients
 
     def start(self, **environment):
         values = {"WEBSOCKET_ENABLED": "true", "WEBSOCKET_PORT": str(self.port), "DISABLE_NATIVE_HOTKEYS": "true"}
@@ -268,7 +279,7 @@ class VantorSrvTest(unittest.TestCase):
     def test_signals_end_it_cleanly_with_clients_connected(self):
         for number in (signal.SIGTERM, signal.SIGINT):
             with self.subTest(number):
-                self.port += 1
+                self.port = free_port()
                 self.serving()
                 client = self.websocket()
                 self.process.send_signal(number)
