@@ -1,0 +1,25 @@
+// Vantorel. MIT licence, see LICENSE.
+// Errors of GLib, libsoup and the web engine in the words of the seam.
+#pragma once
+
+#include <glib.h>
+
+#include <string>
+
+#include "platform/platform_error.h"
+
+namespace vantorel::gtk {
+
+/// The seam's error for `error`; the printed form names domain and code.
+PlatformError platformError(const GError& error);
+
+/// An error of the backend's own, `text` for people and for the log.
+PlatformError platformError(const std::string& text);
+
+/// A request got no answer in time.
+PlatformError timedOutError();
+
+/// A load gave way to another one.
+PlatformError cancelledError();
+
+} // namespace vantorel::gtk
