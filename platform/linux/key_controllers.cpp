@@ -1,0 +1,140 @@
+// Vantorel. MIT licence, see LICENSE.
+// Key presses in the application's own windows as GTK delivers them, for displays where there is no other way.
+
+#include "platform/linux/key_controllers.h"
+
+#include <gtk/gtk.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <utility>
+
+#include "platform/linux/key_events.h"
+#include "platform/linux/object.h"
+
+namespace vantorel::gtk {
+
+namespace {
+
+// WebKitGTK (2.50) puts a key that the page did not use into the queue a second time, as it was. The two are one press.
+class RecentPresses {
+public:
+    bool isNew(unsigned keyCode, std::uint32_t time) {
+        const Stamp stamp{keyCode, time};
+        if (std::find(stamps_.begin(), stamps_.end(), stamp) != stamps_.end()) {
+            return false;
+        }
+        stamps_[next_] = stamp;
+        next_ = (next_ + 1) % stamps_.size();
+        return true;
+    }
+
+private:
+    using Stamp = std::pair<unsigned, std::uint32_t>;
+    // A page that is busy may give keys back late, after others.
+    std::array<Stamp, 64> stamps_{};
+    std::size_t next_ = 0;
+};
+
+PressedKey pressedKeyOf(unsigned symbol, unsigned keyCode, GdkModifierType state) {
+    PressedKey press;
+    press.keyCode = keyCode;
+    press.symbol = symbol == GDK_KEY_VoidSymbol ? 0 : symbol;
+    press.held.capsLock = (state & GDK_LOCK_MASK) != 0;
+    press.held.shift = (state & GDK_SHIFT_MASK) != 0;
+    press.held.control = (state & GDK_CONTROL_MASK) != 0;
+    press.held.option = (state & GDK_ALT_MASK) != 0;
+    press.held.command = (state & GDK_SUPER_MASK) != 0;
+    return press;
+}
+
+class ToplevelControllers : public KeyControllers {
+public:
+    explicit ToplevelControllers(Handler handler)
+        : handler_(std::move(handler)),
+          toplevels_(Object<GListModel>::share(gtk_window_get_toplevels())) {
+        changes_ = connect<void(guint, guint, guint)>(toplevels_.get(), "items-changed",
+                                                      [this](guint, guint, guint) { follow(); });
+        follow();
+    }
+
+    ~ToplevelControllers() override {
+        for (auto& [window, watch] : watches_) {
+            detach(window, watch);
+        }
+    }
+    ToplevelControllers(const ToplevelControllers&) = delete;
+    ToplevelControllers& operator=(const ToplevelControllers&) = delete;
+
+private:
+    struct Watch {
+        SignalConnection mapping;
+        SignalConnection pressing;
+        // Belongs to its window; only to be touched while that is in the list.
+        GtkEventController* controller = nullptr;
+    };
+
+    void follow() {
+        std::map<GtkWidget*, Watch> known = std::move(watches_);
+        watches_.clear();
+        for (guint index = 0; index < g_list_model_get_n_items(toplevels_.get()); ++index) {
+            const auto window =
+                Object<GtkWidget>::take(static_cast<GtkWidget*>(g_list_model_get_item(toplevels_.get(), index)));
+            if (auto old = known.extract(window.get())) {
+                watches_.insert(std::move(old));
+            } else {
+                add(window.get());
+            }
+        }
+    }
+
+    // Of the controllers of a widget the one added last sees a key first. A window's own shortcuts come while it is
+    // set up, so the controller is put in front of them when the window appears.
+    void add(GtkWidget* window) {
+        Watch& watch = watches_[window];
+        watch.mapping = connect<void()>(window, "map", [this, window] { attach(window, watches_[window]); });
+        if (gtk_widget_get_mapped(window)) {
+            attach(window, watch);
+        }
+    }
+
+    void attach(GtkWidget* window, Watch& watch) {
+        detach(window, watch);
+        watch.controller = gtk_event_controller_key_new();
+        gtk_event_controller_set_propagation_phase(watch.controller, GTK_PHASE_CAPTURE);
+        GtkEventController* controller = watch.controller;
+        watch.pressing = connect<gboolean(guint, guint, GdkModifierType)>(
+            controller, "key-pressed", [this, controller](guint symbol, guint keyCode, GdkModifierType state) {
+                const guint32 time = gtk_event_controller_get_current_event_time(controller);
+                return static_cast<gboolean>(!goesOn(pressedKeyOf(symbol, keyCode, state), time));
+            });
+        gtk_widget_add_controller(window, controller);
+    }
+
+    static void detach(GtkWidget* window, Watch& watch) {
+        watch.pressing.disconnect();
+        if (watch.controller != nullptr) {
+            gtk_widget_remove_controller(window, std::exchange(watch.controller, nullptr));
+        }
+    }
+
+    bool goesOn(const PressedKey& press, std::uint32_t time) {
+        const std::optional<KeyEvent> event = keyEventOf(press);
+        return !event || !recent_.isNew(press.keyCode, time) || handler_(*event);
+    }
+
+    const Handler handler_;
+    const Object<GListModel> toplevels_;
+    SignalConnection changes_;
+    std::map<GtkWidget*, Watch> watches_;
+    RecentPresses recent_;
+};
+
+} // namespace
+
+std::unique_ptr<KeyControllers> KeyControllers::start(Handler handler) {
+    return std::make_unique<ToplevelControllers>(std::move(handler));
+}
+
+} // namespace vantorel::gtk

@@ -1,0 +1,77 @@
+// Vantorel. MIT licence, see LICENSE.
+// How far key presses can be watched in this session.
+
+#include "platform/linux/key_session.h"
+
+#include <gdk/x11/gdkx.h>
+
+#include <X11/extensions/record.h>
+#include <X11/extensions/XInput2.h>
+
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "platform/linux/x_connection.h"
+
+namespace vantorel::gtk {
+
+namespace {
+
+bool saysWayland() {
+    const char* socket = g_getenv("WAYLAND_DISPLAY");
+    const char* type = g_getenv("XDG_SESSION_TYPE");
+    return (socket != nullptr && *socket != '\0') || (type != nullptr && std::string_view(type) == "wayland");
+}
+
+bool hasRecord(Display* display) {
+    int major = 0;
+    int minor = 0;
+    return XRecordQueryVersion(display, &major, &minor) != 0;
+}
+
+// The environment tells of a Wayland session, but it can be scrubbed; the server's input devices cannot.
+bool isXWayland(Display* display) {
+    int opcode = 0;
+    int event = 0;
+    int error = 0;
+    if (XQueryExtension(display, "XWAYLAND", &opcode, &event, &error) != 0) {
+        return true;
+    }
+    int major = 2;
+    int minor = 2;
+    if (XQueryExtension(display, "XInputExtension", &opcode, &event, &error) == 0 ||
+        XIQueryVersion(display, &major, &minor) != Success) {
+        return false;
+    }
+    int count = 0;
+    const std::unique_ptr<XIDeviceInfo, void (*)(XIDeviceInfo*)> devices(XIQueryDevice(display, XIAllDevices, &count),
+                                                                         XIFreeDeviceInfo);
+    for (int index = 0; index < count; ++index) {
+        if (std::string_view(devices.get()[index].name).starts_with("xwayland-")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+std::string xDisplayName() {
+    GdkDisplay* display = gdk_display_get_default();
+    return GDK_IS_X11_DISPLAY(display) ? gdk_display_get_name(display) : "";
+}
+
+KeyReach keyReach() {
+    const std::string name = xDisplayName();
+    if (name.empty()) {
+        return KeyReach::ownWindows;
+    }
+    const XConnection connection(name);
+    if (!connection || !hasRecord(connection.get())) {
+        return KeyReach::ownWindows;
+    }
+    return saysWayland() || isXWayland(connection.get()) ? KeyReach::xPrograms : KeyReach::everyProgram;
+}
+
+} // namespace vantorel::gtk
