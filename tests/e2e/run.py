@@ -17,7 +17,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from harness import children  # noqa: E402
-from harness.world import World  # noqa: E402
+from harness.world import Skipped, World  # noqa: E402
 
 
 def load(file):
@@ -80,6 +80,9 @@ def main():
         signal.alarm(max(time_limit(file) - 20, 10))
         case(world)
         world.finish()
+        passed = True
+    except Skipped as reason:
+        print(f"SKIPPED: {reason}")
         passed = True
     except Exception:  # pylint: disable=broad-except  # whatever goes wrong is a failure of the case, told below
         signal.alarm(0)

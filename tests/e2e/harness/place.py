@@ -121,6 +121,21 @@ class Bundle:
         return stat.S_IMODE(os.stat(self.server).st_mode)
 
 
+class Elsewhere:
+    """A folder for a server that belongs to no bundle."""
+
+    def __init__(self, root, name):
+        self.resources = os.path.join(root, name)
+        self.server = os.path.join(self.resources, "server")
+        os.makedirs(self.resources)
+
+    def use_program(self, source, interpreter):
+        """Makes a copy of a script the server, run by another interpreter."""
+        Bundle.use_program(self, source, interpreter)
+
+    use_server = Bundle.use_server
+
+
 def _link_or_copy(source, target, **_):
     try:
         os.link(source, target)

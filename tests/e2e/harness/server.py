@@ -62,6 +62,13 @@ class ScriptedServer:
         with open(os.path.join(self._bundle.resources, name), "wb"):
             pass
 
+    def start(self, children, port, environment):
+        """Starts the server by itself, away from any shell, and waits until it listens."""
+        process = children.start([self._bundle.server], name="other", cwd=self._bundle.resources,
+                                 env=environment | {"WEBSOCKET_PORT": str(port)})
+        self.wait_event("listening", 2)
+        return process
+
     # The record
 
     def record(self):

@@ -180,7 +180,7 @@ class Shell:
     def helpers(self, name):
         """Process numbers of the engine's helpers of that name below the shell."""
         return [pid for pid in processes.descendants(self.pid)
-                if any(os.path.basename(part) == name for part in processes.command(pid)[:1])]
+                if os.path.basename((processes.command(pid) or [""])[0]) == name]
 
     def complaints(self):
         """Toolkit warnings and sanitizer reports that the shell process itself wrote to standard error."""

@@ -1,11 +1,15 @@
 # Vantorel. MIT licence, see LICENSE.
 # The world of one case: desktop, home, bundle, server and the shells started in it; ended and checked at the end.
 
+import contextlib
 import os
 import random
 import re
+import signal
 import socket
 import subprocess
+import threading
+import time
 
 from harness import ax, children, desktop, place, wait
 from harness.hands import Hands
@@ -17,6 +21,10 @@ STRIP_GREY = (242, 242, 242)
 STATUS_STARTS = ("🔄", "✅", "❌", "⚠️")
 GREEN_STATUS = "✅ Connected to server on port {}"
 ORANGE_STATUS = "⚠️ Server running but not responding..."
+
+
+class Skipped(Exception):
+    """The case can't be staged on this machine."""
 
 
 class World:
@@ -128,15 +136,101 @@ class World:
                 if self.screen.property(window, "WM_TRANSIENT_FOR")
                 or "_NET_WM_STATE_MODAL" in self.screen.states(window)]
 
+    # The menu bar and the buttons, by mouse
+
+    def _menu_bar(self, shell):
+        return self.ax.wait_for(shell.pid, role="menu bar")
+
+    def menu_titles(self, shell):
+        """Titles of the menu bar's menus."""
+        return [node.name() for node in self._menu_bar(shell).children() if node.role() == "menu item"]
+
+    def open_menu(self, shell, title):
+        """Opens a menu of the menu bar with the mouse; returns (its pop-up window, its items)."""
+        window = self.window(shell)
+        x, y, _, _ = self.screen.geometry(window)
+        entry = [node for node in self._menu_bar(shell).children() if node.name() == title][0]
+        left, top, width, height = entry.extents()
+        before = {each.id for each in self.screen.windows_of(shell.pid)}
+        self.hands.click(x + left + width / 2, y + top + height / 2)
+        popup = wait.until(lambda: [each for each in self.screen.windows_of(shell.pid) if each.id not in before], 5,
+                           f"the menu {title} opens")[0]
+        items = wait.until(lambda: [node for node in entry.walk() if node.path != entry.path and node.name()
+                                    and node.role() in ("menu item", "check menu item", "radio menu item")], 5,
+                           f"the menu {title} has items")
+        return popup, items
+
+    def _close_menu(self, shell, popup):
+        for _ in range(3):
+            if self.screen.viewable(popup):
+                self.hands.press("escape")
+                with contextlib.suppress(AssertionError):
+                    wait.until(lambda: not self.screen.viewable(popup), 1, "the menu closes")
+        assert not self.screen.viewable(popup), "the menu closes"
+
+    def menu_items(self, shell, title):
+        """Titles of a menu's items, in order."""
+        popup, items = self.open_menu(shell, title)
+        names = [node.name() for node in items]
+        self._close_menu(shell, popup)
+        return names
+
+    def menu_checks(self, shell):
+        """The check marks of the first menu's mode items."""
+        popup, items = self.open_menu(shell, "Vantor")
+        checks = {node.name(): node.checked() for node in items
+                  if node.name() in ("Always on Top", "Hide in Screenshots")}
+        self._close_menu(shell, popup)
+        return checks
+
+    def choose(self, shell, title, item):
+        """Clicks an item of a menu."""
+        popup, items = self.open_menu(shell, title)
+        wait.settled(lambda: self.screen.geometry(popup), 0.15)
+        node = [each for each in items if each.name() == item][0]
+        left, top, width, height = node.extents()
+        x, y, _, _ = self.screen.geometry(popup)
+        self.hands.click(x + left + width / 2, y + top + height / 2)
+        wait.until(lambda: not self.screen.viewable(popup), 5, "the menu closes")
+
+    def press_button(self, shell, title):
+        """Clicks a button of the topmost dialog."""
+        dialog = self.dialog(shell)
+        def found():
+            return [button for button in self.dialog_nodes(shell, "button")
+                    if any(child.name() == title for child in button.walk() if child.role() == "label")]
+        button = wait.until(found, 5, f"a button {title}")[-1]
+        wait.settled(lambda: self.screen.geometry(dialog), 0.15)
+        left, top, width, height = button.extents()
+        x, y, _, _ = self.screen.geometry(dialog)
+        self.hands.click(x + left + width / 2, y + top + height / 2)
+
+    def dialog_nodes(self, shell, role):
+        """Accessible objects of a role in the shell's dialogs."""
+        application = self.ax.application(shell.pid)
+        found = []
+        for window in application.children() if application else []:
+            if window.role() in ("dialog", "alert"):
+                found += [node for node in window.walk() if node.role() == role]
+        return found
+
+    def dialog_labels(self, shell):
+        """Texts of a dialog outside its buttons, in order."""
+        buttons = {button.path for button in self.dialog_nodes(shell, "button")}
+        inside = {child.path for button in self.dialog_nodes(shell, "button") for child in button.walk()}
+        return [node.name() for node in self.dialog_nodes(shell, "label")
+                if node.path not in inside | buttons and node.name()]
+
+    def dialog_buttons(self, shell):
+        """Titles of a dialog's buttons, in order of their labels."""
+        return [child.name() for button in self.dialog_nodes(shell, "button") for child in button.walk()
+                if child.role() == "label"]
+
     # The status strip
 
     def status(self, shell):
         """The text of the status line, as a screen reader gets it; None while there is none."""
-        for node in self.ax.all(shell.pid, role="label"):
-            text = node.text() or node.name()
-            if text and text.startswith(STATUS_STARTS):
-                return text
-        return None
+        return status_of(self.ax, shell.pid)
 
     def wait_status(self, shell, wanted, timeout=10):
         """Waits until the status line equals a text or matches a compiled pattern; returns it."""
@@ -150,6 +244,29 @@ class World:
 
         wait.until(fits, timeout, lambda: f"status {wanted!r}; seen: {seen}", 0.05)
         return seen[-1]
+
+    def watch_statuses(self, shell):
+        """Starts to collect the status texts as they change; the result gives those seen so far."""
+        seen, lock = [], threading.Lock()
+        reader = ax.Reader(self.bus_address)
+
+        def watch():
+            while shell.running():
+                try:
+                    text = status_of(reader, shell.pid)
+                except Exception:  # pylint: disable=broad-except  # the shell is on its way out, or not there yet
+                    text = None
+                with lock:
+                    if text and (not seen or seen[-1] != text):
+                        seen.append(text)
+                time.sleep(0.02)
+
+        threading.Thread(target=watch, daemon=True).start()
+
+        def so_far():
+            with lock:
+                return list(seen)
+        return so_far
 
     def strip_rows(self, window):
         """(first row, number of rows) of the status strip in the client window, by its colour."""
@@ -219,6 +336,59 @@ class World:
                 found.append(pid)
         return found
 
+    def empty_folder(self, name):
+        """A new folder of the case."""
+        folder = os.path.join(self.root, name)
+        os.makedirs(folder, mode=0o700)
+        return folder
+
+    @contextlib.contextmanager
+    def mounted(self, folder, options, read_only=False, fill=False):
+        """A small disk of its own in place of a folder; taken away again at the end, shells with it."""
+        try:
+            subprocess.run(["mount", "-t", "tmpfs", "-o", options, "tmpfs", folder], check=True, capture_output=True)
+        except (OSError, subprocess.CalledProcessError) as problem:
+            raise Skipped(f"no file system can be mounted here: {problem}") from None
+        try:
+            if fill:
+                with open(os.path.join(folder, "filler"), "wb", buffering=0) as filler:
+                    with contextlib.suppress(OSError):
+                        while filler.write(b"x" * 512):
+                            pass
+            if read_only:
+                subprocess.run(["mount", "-o", "remount,ro", folder], check=True)
+            yield
+        finally:
+            for shell in self.shells:
+                if shell.running():
+                    shell.kill()
+            subprocess.run(["umount", "-l", folder], check=True)
+
+    def program_pid(self):
+        """The number of the process that runs the bundle's program, or None."""
+        for pid in children.descendants(os.getpid()):
+            with contextlib.suppress(OSError):
+                if os.readlink(f"/proc/{pid}/exe") == self.bundle.program:
+                    return pid
+        return None
+
+    def stored_files(self):
+        """Files that the engine keeps for the shell under its data folder."""
+        return [os.path.join(folder, name) for folder, _, names in os.walk(os.path.join(self.home.data, "Vantorel"))
+                for name in names]
+
+    def take_port(self):
+        """Another program listens on the port and answers each request with an empty page."""
+        other = ScriptedServer(place.Elsewhere(self.root, "other"))
+        return other.start(self.children, self.port, self.home.environment())
+
+    def kill_helper(self, shell, name, number=signal.SIGKILL):
+        """Kills the engine's helper processes of that name."""
+        pids = wait.until(lambda: shell.helpers(name), 5, f"{name} runs")
+        for pid in pids:
+            os.kill(pid, number)
+        return pids
+
     def expect_no_server(self, timeout=13.0):
         """Fails unless no server process lives any more."""
         wait.until(lambda: not self.server_processes(), timeout, lambda: "the server is gone, but there are "
@@ -275,6 +445,15 @@ class World:
                 print(f"--- picture of the screen: {picture_path}")
             except Exception as problem:  # pylint: disable=broad-except  # the display may be gone: that is the case's subject
                 print(f"--- no picture: {problem!r}")
+
+
+def status_of(reader, pid):
+    """The text of the status line of a process, or None."""
+    for node in reader.all(pid, role="label"):
+        text = node.name() or node.text()
+        if text and text.startswith(STATUS_STARTS):
+            return text
+    return None
 
 
 def free_port():

@@ -1,0 +1,203 @@
+# Vantorel. MIT licence, see LICENSE.
+# The life of a running server: what it prints, how it ends, and what the shell makes of both.
+
+import os
+import re
+
+from harness import children, latency, wait
+from harness.page import html
+from harness.world import ORANGE_STATUS
+
+PREFIX = "🤖 Server: "
+
+
+def relayed(shell):
+    """All log lines with the server's prefix, without it."""
+    return [line[len(PREFIX):] for line in shell.texts() if line.startswith(PREFIX)]
+
+
+def ends(world, script, code):
+    """A server that ends by itself; returns the shell after the line that says so."""
+    world.bundle.use_server(script)
+    shell = world.launch()
+    line = shell.wait_line(re.compile("^🛑 Server process terminated with exit code: "))
+    wait.same(line.text, f"🛑 Server process terminated with exit code: {code}", "line of the end")
+    return shell
+
+
+def test_exits_with_0(world):
+    shell = ends(world, "#!/bin/sh\nsleep 0.7\nexit 0\n", 0)
+    assert world.status(shell) == "🔄 Server starting... Waiting for connection..."
+    world.wait_status(shell, ORANGE_STATUS, 4)
+    wait.stays(lambda: world.status(shell) == ORANGE_STATUS, 2.5, "the status stays")
+
+
+def test_exits_at_once_with_1(world):
+    world.bundle.use_server("#!/bin/sh\nexit 1\n")
+    shell = world.launch()
+    shell.wait_launched()
+    end = shell.wait_line("🛑 Server process terminated with exit code: 1")
+    assert shell.find("✅ Server process started successfully").index < end.index
+    world.wait_status(shell, "❌ Server exited with code 1")
+    world.wait_status(shell, ORANGE_STATUS, 4)
+    shell.wait_line(re.compile("^❌ Provisional navigation failed: "))
+    wait.same(shell.count(re.compile("terminated with exit code")), 1, "lines of the end")
+
+
+def test_large_code(world):
+    shell = ends(world, "#!/bin/sh\nsleep 1\nexit 255\n", 255)
+    world.wait_status(shell, "❌ Server exited with code 255", 2)
+
+
+def test_killed_by_a_signal(world):
+    shell = ends(world, "#!/bin/sh\nsleep 1\nkill -KILL $$\n", 9)
+    world.wait_status(shell, "❌ Server exited with code 9", 2)
+
+
+def test_ends_by_the_termination_signal(world):
+    shell = ends(world, "#!/bin/sh\nsleep 1\nkill -TERM $$\n", 15)
+    world.wait_status(shell, "❌ Server exited with code 15", 2)
+
+
+def idle(world, script):
+    """A server with nothing to relay: the shell uses under 1 % of a core over 5 s."""
+    world.bundle.use_server(script)
+    shell = world.launch()
+    shell.wait_line(re.compile("^❌ Provisional navigation failed: "))
+    wait.settled(lambda: children.cpu_seconds(shell.pid), 0.5, 10)
+    before = children.cpu_seconds(shell.pid)
+    wait.stays(shell.running, 5, "the shell runs", 0.5)
+    used = children.cpu_seconds(shell.pid) - before
+    assert used <= 0.05, f"{used:.2f} s of processor time in 5 s"
+    return shell
+
+
+def test_closes_its_output_and_lives_on(world):
+    shell = idle(world, "#!/bin/sh\nexec >/dev/null 2>&1\nexec sleep 1000\n")
+    assert children.alive(shell.server_pid())
+    assert not shell.find(re.compile("terminated"))
+
+
+def test_never_prints(world):
+    shell = idle(world, "#!/bin/sh\nexec sleep 1000\n")
+    wait.same(relayed(shell), [], "relayed lines")
+
+
+def test_ended_long_ago(world):
+    idle(world, "#!/bin/sh\necho bye\nexit 0\n")
+
+
+def printing(world, body):
+    """A server made of shell commands that idles afterwards."""
+    world.bundle.use_server(f"#!/bin/sh\n{body}\nexec sleep 1000\n")
+    return world.launch()
+
+
+def test_prefix_and_trimming(world):
+    shell = printing(world, "printf '  hello \\n\\n'; sleep 0.4; printf 'second'; sleep 0.4; printf 'end'")
+    shell.wait_line(PREFIX + "end")
+    wait.same(relayed(shell), ["hello", "second", "end"], "relayed lines")
+
+
+def test_one_entry_for_each_chunk(world):
+    shell = printing(world, "printf 'first\\n  second\\n\\nthird\\n'; sleep 0.5; printf 'end\\n'")
+    shell.wait_line(PREFIX + "end")
+    begin = shell.find(PREFIX + "first").index
+    wait.same([line for line in shell.texts(begin) if not line.startswith(("   ", "📋", "✅", "🔧", "⌨"))][:4],
+              [PREFIX + "first", "", "third", PREFIX + "end"], "entry")
+    wait.same(shell.count("  second"), 1, "inner line, blanks kept")
+
+
+def test_standard_error_is_joined(world):
+    shell = printing(world, "echo out; sleep 0.4; echo err >&2; sleep 0.4; echo out again")
+    shell.wait_line(PREFIX + "out again")
+    wait.same(relayed(shell), ["out", "err", "out again"], "relayed lines")
+
+
+def test_only_blanks(world):
+    shell = printing(world, "printf ' \\n\\t \\n'; sleep 0.4; printf '\\n'; sleep 0.4; printf 'end\\n'")
+    shell.wait_line(PREFIX + "end")
+    wait.same(relayed(shell), ["", "", "end"], "relayed lines")
+
+
+def test_invalid_bytes_drop_the_chunk(world):
+    shell = printing(world, "printf 'good\\n'; sleep 0.4; printf 'bad \\377\\376\\n'; sleep 0.4;"
+                            "printf 'overlong \\300\\257\\n'; sleep 0.4; printf 'surrogate \\355\\240\\200\\n'; sleep 0.4;"
+                            "printf 'beyond \\364\\220\\200\\200\\n'; sleep 0.4; printf 'end 🤖\\n'")
+    shell.wait_line(PREFIX + "end 🤖")
+    wait.same(relayed(shell), ["good", "end 🤖"], "relayed lines")
+
+
+def test_character_split_over_two_chunks(world):
+    shell = printing(world, "printf 'one \\360\\237'; sleep 0.5; printf '\\244\\226 two'; sleep 0.5; printf 'end'")
+    shell.wait_line(PREFIX + "end")
+    wait.same(relayed(shell), ["end"], "relayed lines")
+
+
+def test_nul_bytes_survive(world):
+    shell = printing(world, "printf 'a\\000b\\n'; sleep 0.4; printf 'end\\n'")
+    shell.wait_line(PREFIX + "end")
+    wait.same(relayed(shell), ["a\0b", "end"], "relayed lines")
+
+
+def test_last_words_are_relayed(world):
+    world.bundle.use_server("#!/bin/sh\necho last words\nexit 3\n")
+    shell = world.launch()
+    shell.wait_line(PREFIX + "last words")
+    shell.wait_line("🛑 Server process terminated with exit code: 3")
+
+
+def test_flood(world):
+    """200 MB in one go: the window answers, memory stays, and nothing of it is lost."""
+    megabytes = 200
+    world.bundle.use_server("#!/usr/bin/python3 -I\nimport os, time\ntime.sleep(3.5)\nblock = b'x' * 65536\n"
+                            f"for _ in range({megabytes * 16}):\n    view = memoryview(block)\n"
+                            "    while view:\n        view = view[os.write(1, view):]\n"
+                            "open('done.seen', 'w').close()\ntime.sleep(1000)\n")
+    count = {"x": 0}
+
+    def sink(chunk):
+        count["x"] += chunk.count(b"x")
+
+    world.desktop()
+    base = len([letter for letter in str(world.bundle.resources) if letter == "x"])
+    shell = world.launch(sink=sink)
+    window = world.window(shell)
+    wait.until(lambda: count["x"] > 100, 15, "the flood begins", 0.005)
+    before = children.memory(shell.pid)
+    most = [before]
+    pings = latency.Watch(world.screen, window)
+
+    def done():
+        most.append(children.memory(shell.pid))
+        return os.path.exists(os.path.join(world.bundle.resources, "done.seen"))
+
+    pings.until(done, 60)
+    wait.until(lambda: count["x"] >= megabytes << 20, 10, lambda: f"all bytes, there are {count['x']}")
+    wait.stays(lambda: count["x"] <= (megabytes << 20) + 200 + 20 * base, 0.5, "no more bytes than that")
+    pings.expect_below(0.1)
+    growth = (max(most) - before) >> 20
+    assert growth < 64, f"memory grew by {growth} MB"
+
+
+def test_server_that_prints_without_line_ends(world):
+    shell = printing(world, "i=0; while [ $i -lt 300 ]; do printf x; i=$((i+1)); done; sleep 0.5; printf 'end'")
+    shell.wait_line(PREFIX + "end")
+    wait.same(sum(len(line) for line in relayed(shell)), 303, "relayed characters")
+
+
+def test_grandchild_holds_the_pipe(world):
+    world.bundle.use_server("#!/bin/sh\n(sleep 2; echo late words; sleep 1000) &\nsleep 1\nexit 4\n")
+    shell = world.launch()
+    end = shell.wait_line("🛑 Server process terminated with exit code: 4")
+    late = shell.wait_line(PREFIX + "late words")
+    assert end.index < late.index
+    before = children.cpu_seconds(shell.pid)
+    wait.stays(shell.running, 2, "the shell runs", 0.5)
+    assert children.cpu_seconds(shell.pid) - before < 0.1
+
+
+def test_server_with_a_page(world):
+    world.server.set(banner="scripted server ready\n")
+    shell, _ = world.launch_loaded(html())
+    wait.same(relayed(shell), ["scripted server ready"], "relayed lines")
