@@ -1,0 +1,32 @@
+// Vantorel. MIT licence, see LICENSE.
+// AppKit: the application, its delegate, the workspace.
+#pragma once
+
+#import <AppKit/NSViews.h>
+
+@class NSMenu;
+@protocol NSApplicationDelegate;
+
+NS_ASSUME_NONNULL_BEGIN
+
+@interface NSApplication : NSResponder
+@property (class, readonly, strong) NSApplication* sharedApplication;
+@property (nullable, weak) id<NSApplicationDelegate> delegate;
+@property (nullable, strong) NSMenu* mainMenu;
+- (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
+- (void)run;
+@end
+
+@protocol NSApplicationDelegate <NSObject>
+@optional
+- (void)applicationDidFinishLaunching:(NSNotification*)notification;
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)sender;
+- (void)applicationWillTerminate:(NSNotification*)notification;
+@end
+
+@interface NSWorkspace : NSObject
+@property (class, readonly, strong) NSWorkspace* sharedWorkspace;
+- (BOOL)openURL:(NSURL*)url;
+@end
+
+NS_ASSUME_NONNULL_END
