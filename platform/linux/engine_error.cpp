@@ -25,4 +25,12 @@ PlatformError cancelledError() {
     return platformError("The load was cancelled.");
 }
 
+PlatformError refusedError() {
+    return platformError("The address uses a port that web pages can't be loaded from.");
+}
+
+PlatformError pageProcessGoneError() {
+    return platformError("The page's process ended.");
+}
+
 } // namespace vantorel::gtk

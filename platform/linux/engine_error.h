@@ -22,4 +22,10 @@ PlatformError timedOutError();
 /// A load gave way to another one.
 PlatformError cancelledError();
 
+/// An address with a port that the engine talks to nobody on.
+PlatformError refusedError();
+
+/// The process that the page lived in is gone.
+PlatformError pageProcessGoneError();
+
 } // namespace vantorel::gtk

@@ -1,0 +1,303 @@
+// Vantorel. MIT licence, see LICENSE.
+// The embedded browser on WebKitGTK 6.0.
+#include "platform/linux/web_view.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "platform/linux/engine_error.h"
+#include "platform/linux/graphics.h"
+#include "platform/linux/main_thread.h"
+#include "platform/linux/queue.h"
+#include "platform/linux/script_evaluation.h"
+#include "platform/linux/script_panels.h"
+#include "platform/portable/blocked_ports.h"
+
+namespace vantorel::gtk {
+
+namespace {
+
+/// What a request has by default, for loads that the page or the user start.
+constexpr double kDefaultTimeoutSeconds = UrlRequest{}.timeoutSeconds;
+
+Object<WebKitWebView> makeEngineView(const GtkWebPreferences& preferences, WebKitNetworkSession* session,
+                                     WebKitUserContentManager* messages) {
+    const Object<WebKitSettings> settings = preferences.makeSettings();
+    if (!hasGraphicsProcessor()) {
+        webkit_settings_set_hardware_acceleration_policy(settings.get(), WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+    }
+    return Object<WebKitWebView>::share(
+        WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "network-session", session, "user-content-manager", messages,
+                                     "settings", settings.get(), nullptr)));
+}
+
+bool hasBlockedPort(const std::string& address) {
+    GUri* uri = g_uri_parse(address.c_str(), G_URI_FLAGS_NONE, nullptr);
+    if (uri == nullptr) {
+        return false;
+    }
+    const int port = g_uri_get_port(uri);
+    g_uri_unref(uri);
+    return port >= 0 && isBlockedPort(port);
+}
+
+LoadFailure kindOf(const GError& error) {
+    if (g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) != 0) {
+        return LoadFailure::interrupted;
+    }
+    if (g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) != 0) {
+        return LoadFailure::cancelled;
+    }
+    return LoadFailure::broken;
+}
+
+std::string text(const char* bytes) {
+    return bytes != nullptr ? bytes : "";
+}
+
+} // namespace
+
+GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> configuration)
+    : ViewOf(frame), configuration_(std::move(configuration)), store_(configuration_->websiteDataStore()),
+      messages_(configuration_->userContentController()),
+      view_(makeEngineView(configuration_->preferences(), store_->session(), messages_.manager())) {
+    assertMainThread();
+    core().setContent(GTK_WIDGET(view_.get()));
+    connectSignals();
+}
+
+GtkWebView::~GtkWebView() = default;
+
+void GtkWebView::connectSignals() {
+    WebKitWebView* view = view_.get();
+    connections_.push_back(
+        connect<void(WebKitLoadEvent)>(view, "load-changed", [this](WebKitLoadEvent event) { loadChanged(event); }));
+    // TRUE keeps the engine's own error page away: what was shown stays.
+    connections_.push_back(connect<gboolean(WebKitLoadEvent, const char*, GError*)>(
+        view, "load-failed", [this](WebKitLoadEvent, const char*, GError* error) -> gboolean {
+            loadFailed(*error);
+            return TRUE;
+        }));
+    connections_.push_back(connect<gboolean(WebKitPolicyDecision*, WebKitPolicyDecisionType)>(
+        view, "decide-policy", [this](WebKitPolicyDecision* decision, WebKitPolicyDecisionType type) -> gboolean {
+            if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE) {
+                decidePolicy(decision);
+            }
+            return FALSE;
+        }));
+    connections_.push_back(connect<void(WebKitWebProcessTerminationReason)>(
+        view, "web-process-terminated", [this](WebKitWebProcessTerminationReason) { processGone(); }));
+    // Raised for window.open and for links with a target alike; there is no window to give.
+    connections_.push_back(connect<GtkWidget*(WebKitNavigationAction*)>(
+        view, "create", [this](WebKitNavigationAction* action) -> GtkWidget* {
+            askForWindow(action);
+            return nullptr;
+        }));
+    connections_.push_back(connect<gboolean(WebKitScriptDialog*)>(
+        view, "script-dialog", [this](WebKitScriptDialog* dialog) -> gboolean {
+            const auto self = shared_from_this();
+            return runScriptDialog(dialog, *this, uiDelegate_.lock()) ? TRUE : FALSE;
+        }));
+    // Going on without credentials shows the server's own answer; the engine's dialog would hold up the load.
+    connections_.push_back(connect<gboolean(WebKitAuthenticationRequest*)>(
+        view, "authenticate", [](WebKitAuthenticationRequest* request) -> gboolean {
+            webkit_authentication_request_authenticate(request, nullptr);
+            return TRUE;
+        }));
+    connections_.push_back(connect<void()>(view, "map", [this] { gtk_widget_grab_focus(GTK_WIDGET(view_.get())); }));
+}
+
+void GtkWebView::setNavigationDelegate(std::weak_ptr<NavigationDelegate> delegate) {
+    navigationDelegate_ = std::move(delegate);
+}
+
+void GtkWebView::setUiDelegate(std::weak_ptr<UiDelegate> delegate) {
+    uiDelegate_ = std::move(delegate);
+}
+
+void GtkWebView::setAllowsBackForwardNavigationGestures(bool allowed) {
+    webkit_settings_set_enable_back_forward_navigation_gestures(webkit_web_view_get_settings(view_.get()), allowed);
+}
+
+// Loads ---------------------------------------------------------------------------------------------------------------
+
+void GtkWebView::load(const UrlRequest& request) {
+    assertMainThread();
+    reportLater(tracker_.requested(request.address));
+    const unsigned long number = ++loadNumber_;
+    armClock(request.timeoutSeconds);
+    if (hasBlockedPort(request.address)) {
+        // WebKitGTK 2.50 would show an empty page and report success.
+        webkit_web_view_stop_loading(view_.get());
+        clock_ = SourceId();
+        reportLater(tracker_.aborted(refusedError()));
+        return;
+    }
+    if (request.cachePolicy != CachePolicy::reloadIgnoringLocalAndRemoteCacheData) {
+        start(request);
+        return;
+    }
+    // The engine has no such policy for one request: with "no-cache" alone it would still ask the server whether its
+    // own copy is good enough. With no copy there is nothing to ask about.
+    store_->removeData({WebsiteDataType::diskCache, WebsiteDataType::memoryCache}, {},
+                       [weak = weak_from_this(), request, number] {
+                           const auto self = weak.lock();
+                           if (self && self->loadNumber_ == number && self->tracker_.waitsForAnswer()) {
+                               self->start(request);
+                           }
+                       });
+}
+
+void GtkWebView::start(const UrlRequest& request) {
+    const auto engineRequest = Object<WebKitURIRequest>::take(webkit_uri_request_new(request.address.c_str()));
+    SoupMessageHeaders* headers = webkit_uri_request_get_http_headers(engineRequest.get());
+    if (headers != nullptr && request.cachePolicy == CachePolicy::reloadIgnoringLocalAndRemoteCacheData) {
+        soup_message_headers_replace(headers, "Cache-Control", "no-cache");
+        soup_message_headers_replace(headers, "Pragma", "no-cache");
+    }
+    webkit_web_view_load_request(view_.get(), engineRequest.get());
+}
+
+void GtkWebView::reload() {
+    assertMainThread();
+    webkit_web_view_reload(view_.get());
+}
+
+void GtkWebView::loadChanged(WebKitLoadEvent event) {
+    const auto self = shared_from_this();
+    const std::string address = text(webkit_web_view_get_uri(view_.get()));
+    switch (event) {
+    case WEBKIT_LOAD_STARTED: {
+        const bool ownLoad = tracker_.waitsForAnswer() && clock_;
+        const LoadTracker::Ended ended = tracker_.started(address);
+        if (ended || !ownLoad) {
+            armClock(kDefaultTimeoutSeconds);
+        }
+        report(ended);
+        break;
+    }
+    case WEBKIT_LOAD_REDIRECTED:
+        break;
+    case WEBKIT_LOAD_COMMITTED:
+        tracker_.committed(address);
+        break;
+    case WEBKIT_LOAD_FINISHED: {
+        const LoadTracker::Ended ended = tracker_.finished();
+        if (ended && ended->kind == LoadOutcome::Kind::finished) {
+            revived_ = false;
+        }
+        report(ended);
+        break;
+    }
+    }
+    if (!tracker_.waitsForAnswer()) {
+        clock_ = SourceId();
+    }
+}
+
+void GtkWebView::decidePolicy(WebKitPolicyDecision* decision) {
+    if (webkit_response_policy_decision_is_main_frame_main_resource(WEBKIT_RESPONSE_POLICY_DECISION(decision)) != 0) {
+        tracker_.answered();
+        if (!tracker_.waitsForAnswer()) {
+            clock_ = SourceId();
+        }
+    }
+}
+
+void GtkWebView::loadFailed(const GError& error) {
+    const auto self = shared_from_this();
+    const LoadTracker::Ended ended = tracker_.failed(kindOf(error), platformError(error));
+    if (ended) {
+        clock_ = SourceId();
+    }
+    report(ended);
+}
+
+void GtkWebView::processGone() {
+    const auto self = shared_from_this();
+    clock_ = SourceId();
+    const LoadTracker::Ended ended = tracker_.aborted(pageProcessGoneError());
+    report(ended);
+    // The delegate may have asked for a page of its own.
+    if (!std::exchange(revived_, true) && !tracker_.waitsForAnswer()) {
+        reload();
+    }
+}
+
+void GtkWebView::armClock(double seconds) {
+    const double milliseconds = std::clamp(std::ceil(seconds * 1000), 0.0, 1e9);
+    clock_ = SourceId(g_timeout_add(
+        static_cast<guint>(milliseconds),
+        [](gpointer data) -> gboolean {
+            const auto self = static_cast<GtkWebView*>(data)->shared_from_this();
+            self->clock_.forget();
+            const LoadTracker::Ended ended = self->tracker_.aborted(timedOutError());
+            webkit_web_view_stop_loading(self->view_.get());
+            self->report(ended);
+            return G_SOURCE_REMOVE;
+        },
+        this));
+}
+
+void GtkWebView::report(const LoadTracker::Ended& ended) {
+    const auto delegate = navigationDelegate_.lock();
+    if (!ended || !delegate) {
+        return;
+    }
+    switch (ended->kind) {
+    case LoadOutcome::Kind::finished:
+        delegate->didFinishNavigation(*this);
+        break;
+    case LoadOutcome::Kind::failed:
+        delegate->didFailNavigation(*this, *ended->error);
+        break;
+    case LoadOutcome::Kind::failedProvisionally:
+        delegate->didFailProvisionalNavigation(*this, *ended->error);
+        break;
+    }
+}
+
+void GtkWebView::reportLater(const LoadTracker::Ended& ended) {
+    if (ended) {
+        mainQueue().async([weak = weak_from_this(), ended] {
+            if (const auto self = weak.lock()) {
+                self->report(ended);
+            }
+        });
+    }
+}
+
+// The page ------------------------------------------------------------------------------------------------------------
+
+void GtkWebView::askForWindow(WebKitNavigationAction* action) {
+    const auto self = shared_from_this();
+    const auto delegate = uiDelegate_.lock();
+    if (!delegate) {
+        return;
+    }
+    WebKitURIRequest* request = webkit_navigation_action_get_request(action);
+    const std::string address = text(request != nullptr ? webkit_uri_request_get_uri(request) : nullptr);
+    delegate->createWebView(*this, address.empty() ? std::nullopt : std::optional<std::string>(address));
+}
+
+void GtkWebView::setPageZoom(double zoom) {
+    assertMainThread();
+    if (!std::isfinite(zoom) || zoom <= 0) {
+        return;
+    }
+    pageZoom_ = zoom;
+    webkit_web_view_set_zoom_level(view_.get(), zoom);
+}
+
+void GtkWebView::evaluateJavaScript(const std::string& script,
+                                    std::function<void(const std::optional<PlatformError>&)> completion) {
+    assertMainThread();
+    evaluateScript(view_.get(), script, std::move(completion));
+}
+
+std::shared_ptr<WebView> makeWebView(Rect frame, std::shared_ptr<WebViewConfiguration> configuration) {
+    return std::make_shared<GtkWebView>(frame, std::dynamic_pointer_cast<GtkWebViewConfiguration>(configuration));
+}
+
+} // namespace vantorel::gtk
