@@ -161,12 +161,14 @@ int watch(int pipe, pid_t server, milliseconds grace) {
     if (pipe == -1 || !detach(pipe)) {
         return kGuardExitFailed;
     }
+    // Before the foreground part ends, so that nothing that ends the shell's whole group can reach the guard any more.
+    ::setsid();
     // In the background the guard is no child of the shell, which so need not wait for it and can't leave it a zombie.
     const pid_t background = ::fork();
     if (background != 0) {
         return background == -1 ? kGuardExitFailed : kGuardExitOk;
     }
-    ::setsid();
+    ::setsid(); // for a foreground part that led a group, which can't leave its session
     Server watched(*record);
     guardServer(watched, pipe, grace);
     return kGuardExitOk;

@@ -20,15 +20,15 @@ using std::chrono::milliseconds;
 constexpr milliseconds kShortGrace{300};
 constexpr milliseconds kLongGrace{60'000}; // no test lasts that long: what ends earlier did not need it
 
+// The short sleeps keep these servers from leaving anything behind.
 constexpr const char* kObedient = "#!/bin/sh\n"
-                                  "trap 'echo term; kill $!; exit 7' TERM\n"
-                                  "sleep 1000 >/dev/null 2>&1 &\n"
+                                  "trap 'echo term; exit 7' TERM\n"
                                   "echo ready\n"
-                                  "wait\n";
+                                  "while :; do sleep 0.02 >/dev/null 2>&1; done\n";
 constexpr const char* kStubborn = "#!/bin/sh\n"
                                   "trap 'echo term' TERM\n"
                                   "echo ready\n"
-                                  "while :; do sleep 1000 & wait; done\n";
+                                  "while :; do sleep 0.02 >/dev/null 2>&1; done\n";
 /// Ends when asked to, but leaves a child behind that ignores requests and holds the output open.
 constexpr const char* kWithChild = "#!/bin/sh\n"
                                    "trap 'exit 0' TERM\n"
@@ -169,15 +169,24 @@ TEST_F(GuardWatch, DoesNotTouchAChildThatLeftTheGroup) {
     EXPECT_TRUE(isAlive(pid));
 }
 
-TEST_F(GuardWatch, EndsWithTheServerWhileTheShellLives) {
-    ASSERT_EQ(startServer(kObedient), "ready");
+TEST_F(GuardWatch, EndsWithTheServersGroupWhileTheShellLives) {
+    ASSERT_EQ(startServer(kWithChild), "child");
     ASSERT_EQ(startGuard(server_, kLongGrace), kGuardExitOk);
     EXPECT_TRUE(guardStands());
     ASSERT_EQ(::kill(server_, SIGKILL), 0);
     ASSERT_NE(waitFor(server_), -1);
-    EXPECT_TRUE(guardStands()); // the server's own child is left
+    EXPECT_TRUE(guardStands()); // the server's child is left
     ASSERT_EQ(::kill(-server_, SIGKILL), 0);
     EXPECT_TRUE(guardEnds());
+}
+
+TEST_F(GuardWatch, EndsWithTheServerWhileTheShellLives) {
+    ASSERT_EQ(startServer("#!/bin/sh\necho ready\nexec sleep 1000\n"), "ready");
+    ASSERT_EQ(startGuard(server_, kLongGrace), kGuardExitOk);
+    EXPECT_TRUE(guardStands());
+    ASSERT_EQ(::kill(server_, SIGKILL), 0);
+    EXPECT_TRUE(guardEnds()); // before anyone has asked for the server's exit code
+    ASSERT_NE(waitFor(server_), -1);
 }
 
 TEST_F(GuardWatch, TakesOtherBytesForNothing) {
