@@ -422,6 +422,10 @@ class World:
                 pass
         self.children.stop_all()
 
+    def forget_display(self):
+        """The display is gone: nothing more is asked of it."""
+        self.screen = None
+
     def tell(self, picture_path):
         """What a failed case leaves to read: logs, record, and a picture of the screen."""
         for number, shell in enumerate(self.shells):
