@@ -18,10 +18,10 @@ struct ErrorFree {
 };
 
 /// One owned reference to a GObject of type T.
-template <typename T>
+template<typename T>
 using ObjectPtr = std::unique_ptr<T, ObjectUnref>;
 
 /// An owned error; empty when the call went well.
 using ErrorPtr = std::unique_ptr<GError, ErrorFree>;
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

@@ -22,8 +22,8 @@ struct LoopUnref {
 };
 
 struct Run {
-    GMainLoop* loop;
-    Server* server;
+    GMainLoop* loop = nullptr;
+    Server* server = nullptr;
     bool stopping = false;
 };
 
@@ -47,7 +47,7 @@ std::string describe(const Settings& settings) {
            ", DISABLE_NATIVE_HOTKEYS=" + text(settings.nativeHotkeysDisabled);
 }
 
-}  // namespace
+} // namespace
 
 int main() {
     survivePipeLoss();
@@ -60,8 +60,9 @@ int main() {
 
     const std::unique_ptr<GMainLoop, LoopUnref> loop(g_main_loop_new(nullptr, FALSE));
     Server server(settings);
-    Run run{loop.get(), &server};
-    for (const int signalNumber : {SIGTERM, SIGINT}) g_unix_signal_add(signalNumber, onStopSignal, &run);
+    Run run{loop.get(), &server, false};
+    for (const int signalNumber : {SIGTERM, SIGINT})
+        g_unix_signal_add(signalNumber, onStopSignal, &run);
 
     printLine(describe(settings));
     if (const std::optional<std::string> problem = server.start()) {

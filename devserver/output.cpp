@@ -27,18 +27,17 @@ void writeWhole(int fd, std::string_view bytes) {
         if (written >= 0) {
             bytes.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            if (!waitForRoom(fd)) return;
+            if (!waitForRoom(fd))
+                return;
         } else if (errno != EINTR) {
             return;
         }
     }
 }
 
-}  // namespace
+} // namespace
 
-void survivePipeLoss() {
-    std::signal(SIGPIPE, SIG_IGN);
-}
+void survivePipeLoss() { std::signal(SIGPIPE, SIG_IGN); }
 
 void printLine(std::string_view line) {
     std::string bytes(line);
@@ -53,4 +52,4 @@ void printError(std::string_view line) {
     writeWhole(STDERR_FILENO, bytes);
 }
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

@@ -16,4 +16,4 @@ void printLine(std::string_view line);
 /// The same on standard error, with the program's name in front.
 void printError(std::string_view line);
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

@@ -16,6 +16,7 @@ namespace vantorel::devserver {
 namespace {
 
 constexpr std::size_t kMaxClients = 64;
+// libsoup 3.2 holds each frame to this, but not the sum of a message's fragments. Pages can't send fragments.
 constexpr guint64 kMaxMessageBytes = 1024 * 1024;
 constexpr guint kGoodbyeMs = 400;
 constexpr std::string_view kSocketPath = "/ws";
@@ -56,12 +57,14 @@ std::string clientLine(unsigned id, std::string_view what) {
     return "ws " + std::to_string(id) + ": " + std::string(what);
 }
 
-}  // namespace
+} // namespace
 
 // One open WebSocket. Its signal handlers are gone before it is.
 struct Server::Client {
     Client(Server& owner, unsigned number, SoupWebsocketConnection* socket)
-        : server(owner), id(number), connection(SOUP_WEBSOCKET_CONNECTION(g_object_ref(socket))) {}
+        : server(owner),
+          id(number),
+          connection(SOUP_WEBSOCKET_CONNECTION(g_object_ref(socket))) {}
     ~Client() { g_signal_handlers_disconnect_by_data(connection.get(), this); }
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
@@ -106,15 +109,18 @@ Server::Server(const Settings& settings)
 }
 
 Server::~Server() {
-    if (stopTimeout_ != 0) g_source_remove(stopTimeout_);
+    if (stopTimeout_ != 0)
+        g_source_remove(stopTimeout_);
     clients_.clear();
     soup_server_disconnect(soup_.get());
 }
 
 std::optional<std::string> Server::start() {
     std::optional<std::string> problem = listen("127.0.0.1", true);
-    if (!problem) problem = listen("::1", false);
-    if (problem) soup_server_disconnect(soup_.get());
+    if (!problem)
+        problem = listen("::1", false);
+    if (problem)
+        soup_server_disconnect(soup_.get());
     return problem;
 }
 
@@ -127,9 +133,11 @@ std::optional<std::string> Server::listen(const char* address, bool required) {
     }
     const ErrorPtr error(raw);
     const bool taken = g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_ADDRESS_IN_USE) != FALSE;
-    if (!required && !taken) return std::nullopt;
+    if (!required && !taken)
+        return std::nullopt;
     const std::string port = std::to_string(settings_.port);
-    if (taken) return "port " + port + " on " + address + " is taken by another program";
+    if (taken)
+        return "port " + port + " on " + address + " is taken by another program";
     return "can't listen on port " + port + " of " + address + ": " + error->message;
 }
 
@@ -146,7 +154,8 @@ void Server::refuseEarly(SoupServerMessage* message, const char* path) const {
         return;
     }
     const std::string_view target = path;
-    if (!settings_.websocketEnabled || !target.starts_with(kSocketPath)) return;
+    if (!settings_.websocketEnabled || !target.starts_with(kSocketPath))
+        return;
     if (target != kSocketPath) {
         refuse(message, SOUP_STATUS_NOT_FOUND, "There is nothing here.\n");
     } else if (asciiLower(header(message, "Upgrade")) != "websocket") {
@@ -206,8 +215,8 @@ void Server::admit(SoupWebsocketConnection* connection) {
 
     const char* const origin = soup_websocket_connection_get_origin(connection);
     printLine(clientLine(id, "open, from " + printable(origin == nullptr ? "" : origin)));
-    client.send("{\"type\":\"hello\",\"client\":" + std::to_string(id) +
-                ",\"port\":" + std::to_string(settings_.port) + "}");
+    client.send("{\"type\":\"hello\",\"client\":" + std::to_string(id) + ",\"port\":" + std::to_string(settings_.port) +
+                "}");
 }
 
 void Server::received(Client& client, SoupWebsocketDataType type, GBytes* bytes) {
@@ -223,15 +232,18 @@ void Server::received(Client& client, SoupWebsocketDataType type, GBytes* bytes)
 
 void Server::closed(unsigned id) {
     const auto found = clients_.find(id);
-    if (found == clients_.end()) return;
+    if (found == clients_.end())
+        return;
     const gushort code = soup_websocket_connection_get_close_code(found->second->connection.get());
     printLine(clientLine(id, code == 0 ? "closed" : "closed, code " + std::to_string(code)));
     clients_.erase(found);
-    if (stopped_ && clients_.empty()) finishStop();
+    if (stopped_ && clients_.empty())
+        finishStop();
 }
 
 void Server::stop(std::function<void()> stopped) {
-    if (stopped_) return;
+    if (stopped_)
+        return;
     stopped_ = std::move(stopped);
     soup_server_disconnect(soup_.get());
     const auto onTimeout = [](gpointer self) -> gboolean {
@@ -248,7 +260,8 @@ void Server::stop(std::function<void()> stopped) {
     }
     for (SoupWebsocketConnection* const raw : connections) {
         const ObjectPtr<SoupWebsocketConnection> connection(raw);
-        if (soup_websocket_connection_get_state(raw) != SOUP_WEBSOCKET_STATE_OPEN) continue;
+        if (soup_websocket_connection_get_state(raw) != SOUP_WEBSOCKET_STATE_OPEN)
+            continue;
         soup_websocket_connection_close(raw, SOUP_WEBSOCKET_CLOSE_GOING_AWAY, "The server is stopping");
     }
 }
@@ -258,7 +271,8 @@ void Server::finishStop() {
         g_source_remove(stopTimeout_);
         stopTimeout_ = 0;
     }
-    if (const auto callback = std::exchange(stopped_, [] {}); callback) callback();
+    if (const auto callback = std::exchange(stopped_, [] {}); callback)
+        callback();
 }
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

@@ -50,4 +50,4 @@ private:
     std::function<void()> stopped_;
 };
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

@@ -16,9 +16,9 @@ inline constexpr std::uint16_t kDefaultPort = 8080;
 
 /// The server's settings, all of them valid.
 struct Settings {
-    bool websocketEnabled = true;          ///< WEBSOCKET_ENABLED: whether /ws takes connections.
-    std::uint16_t port = kDefaultPort;     ///< WEBSOCKET_PORT: 1 to 65535, for the page and the socket alike.
-    bool nativeHotkeysDisabled = false;    ///< DISABLE_NATIVE_HOTKEYS: only shown, this server grabs no keys anyway.
+    bool websocketEnabled = true;       ///< WEBSOCKET_ENABLED: whether /ws takes connections.
+    std::uint16_t port = kDefaultPort;  ///< WEBSOCKET_PORT: 1 to 65535, for the page and the socket alike.
+    bool nativeHotkeysDisabled = false; ///< DISABLE_NATIVE_HOTKEYS: only shown, this server grabs no keys anyway.
 
     friend bool operator==(const Settings&, const Settings&) = default;
 };
@@ -38,4 +38,4 @@ std::variant<Settings, SettingsProblem> readSettings(const VariableLookup& looku
 /// The lookup that reads this process's environment. Not to be used while another thread changes it.
 VariableLookup environmentLookup();
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

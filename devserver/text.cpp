@@ -10,16 +10,21 @@ namespace {
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-bool isContinuationByte(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
+bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
 void appendEscaped(std::string& out, char byte) {
     switch (byte) {
-        case '\n': out += "\\n"; return;
-        case '\r': out += "\\r"; return;
-        case '\t': out += "\\t"; return;
-        default: break;
+    case '\n':
+        out += "\\n";
+        return;
+    case '\r':
+        out += "\\r";
+        return;
+    case '\t':
+        out += "\\t";
+        return;
+    default:
+        break;
     }
     const auto code = static_cast<unsigned char>(byte);
     if (code >= 0x20U && code != 0x7FU) {
@@ -36,12 +41,13 @@ bool isPort(std::string_view text) {
            std::all_of(text.begin(), text.end(), [](char digit) { return digit >= '0' && digit <= '9'; });
 }
 
-}  // namespace
+} // namespace
 
 std::string asciiLower(std::string_view text) {
     std::string lower(text);
     for (char& byte : lower) {
-        if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+        if (byte >= 'A' && byte <= 'Z')
+            byte = static_cast<char>(byte - 'A' + 'a');
     }
     return lower;
 }
@@ -50,13 +56,16 @@ std::string printable(std::string_view text) {
     std::string_view kept = text;
     if (kept.size() > kPrintedBytes) {
         std::size_t end = kPrintedBytes;
-        while (end > 0 && isContinuationByte(text[end])) --end;
+        while (end > 0 && isContinuationByte(text[end]))
+            --end;
         kept = text.substr(0, end);
     }
     std::string out;
     out.reserve(kept.size());
-    for (const char byte : kept) appendEscaped(out, byte);
-    if (kept.size() < text.size()) out += "… (" + std::to_string(text.size()) + " bytes)";
+    for (const char byte : kept)
+        appendEscaped(out, byte);
+    if (kept.size() < text.size())
+        out += "… (" + std::to_string(text.size()) + " bytes)";
     return out;
 }
 
@@ -64,7 +73,8 @@ bool isLoopbackHost(std::string_view host) {
     static constexpr std::array<std::string_view, 3> kNames = {"localhost", "127.0.0.1", "[::1]"};
     const std::string lower = asciiLower(host);
     return std::any_of(kNames.begin(), kNames.end(), [view = std::string_view(lower)](std::string_view name) {
-        if (!view.starts_with(name)) return false;
+        if (!view.starts_with(name))
+            return false;
         const std::string_view rest = view.substr(name.size());
         return rest.empty() || (rest.front() == ':' && isPort(rest.substr(1)));
     });
@@ -78,4 +88,4 @@ bool isLoopbackOrigin(std::string_view origin) {
     });
 }
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

@@ -25,4 +25,4 @@ bool isLoopbackHost(std::string_view host);
 /// Whether an Origin header is http:// or https:// and a loopback host. An empty text and "null" are not.
 bool isLoopbackOrigin(std::string_view origin);
 
-}  // namespace vantorel::devserver
+} // namespace vantorel::devserver

@@ -7,55 +7,56 @@
 
 #include "bare_window.h"
 
-void bare_stamp(const char* name) {
+void bareStamp(const char* name) {
     struct timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
     printf("%s %lld\n", name, (long long)now.tv_sec * 1000000000LL + (long long)now.tv_nsec);
     fflush(stdout);
 }
 
-static void on_map(GtkWidget* widget, gpointer data) {
+static void onMap(GtkWidget* widget, gpointer data) {
     (void)widget;
     (void)data;
-    bare_stamp("mapped");
+    bareStamp("mapped");
 }
 
-static void on_load_changed(WebKitWebView* view, WebKitLoadEvent event, gpointer data) {
+static void onLoadChanged(WebKitWebView* view, WebKitLoadEvent event, gpointer data) {
     (void)view;
     (void)data;
-    if (event == WEBKIT_LOAD_FINISHED) bare_stamp("page-loaded");
+    if (event == WEBKIT_LOAD_FINISHED)
+        bareStamp("page-loaded");
 }
 
-static gboolean on_load_failed(WebKitWebView* view, WebKitLoadEvent event, char* uri, GError* error, gpointer data) {
+static gboolean onLoadFailed(WebKitWebView* view, WebKitLoadEvent event, char* uri, GError* error, gpointer data) {
     (void)view;
     (void)event;
     (void)uri;
     (void)error;
     (void)data;
-    bare_stamp("page-failed");
+    bareStamp("page-failed");
     return TRUE;
 }
 
-static gboolean on_load_time(gpointer data) {
+static gboolean onLoadTime(gpointer data) {
     BareWindow* bare = data;
-    bare_stamp("load-requested");
+    bareStamp("load-requested");
     webkit_web_view_load_uri(bare->view, bare->url);
     return G_SOURCE_REMOVE;
 }
 
-static gboolean on_stop_signal(gpointer data) {
+static gboolean onStopSignal(gpointer data) {
     g_main_loop_quit(data);
     return G_SOURCE_CONTINUE;
 }
 
-static gboolean on_close_request(GtkWindow* window, gpointer data) {
+static gboolean onCloseRequest(GtkWindow* window, gpointer data) {
     (void)window;
     g_main_loop_quit(data);
     return TRUE;
 }
 
-void bare_window_open(BareWindow* bare, int argc, char** argv) {
-    bare_stamp("start");
+void bareWindowOpen(BareWindow* bare, int argc, char** argv) {
+    bareStamp("start");
     if (argc < 2 || argc > 3) {
         fprintf(stderr, "usage: %s URL [LOAD-DELAY-MS]\n", argv[0]);
         exit(2);
@@ -70,17 +71,17 @@ void bare_window_open(BareWindow* bare, int argc, char** argv) {
     gtk_window_set_default_size(bare->window, 900, 750);
     bare->view = WEBKIT_WEB_VIEW(webkit_web_view_new());
     gtk_window_set_child(bare->window, GTK_WIDGET(bare->view));
-    g_signal_connect(bare->window, "map", G_CALLBACK(on_map), NULL);
-    g_signal_connect(bare->window, "close-request", G_CALLBACK(on_close_request), bare->loop);
-    g_signal_connect(bare->view, "load-changed", G_CALLBACK(on_load_changed), NULL);
-    g_signal_connect(bare->view, "load-failed", G_CALLBACK(on_load_failed), NULL);
-    g_unix_signal_add(SIGTERM, on_stop_signal, bare->loop);
-    g_unix_signal_add(SIGINT, on_stop_signal, bare->loop);
+    g_signal_connect(bare->window, "map", G_CALLBACK(onMap), NULL);
+    g_signal_connect(bare->window, "close-request", G_CALLBACK(onCloseRequest), bare->loop);
+    g_signal_connect(bare->view, "load-changed", G_CALLBACK(onLoadChanged), NULL);
+    g_signal_connect(bare->view, "load-failed", G_CALLBACK(onLoadFailed), NULL);
+    g_unix_signal_add(SIGTERM, onStopSignal, bare->loop);
+    g_unix_signal_add(SIGINT, onStopSignal, bare->loop);
     gtk_window_present(bare->window);
-    g_timeout_add(delay, on_load_time, bare);
+    g_timeout_add(delay, onLoadTime, bare);
 }
 
-void bare_window_run(BareWindow* bare) {
+void bareWindowRun(BareWindow* bare) {
     g_main_loop_run(bare->loop);
     gtk_window_destroy(bare->window);
     g_main_loop_unref(bare->loop);

@@ -1,18 +1,16 @@
 // Vantorel. MIT licence, see LICENSE.
 // The least a program needs to bring a key from anywhere to a page's socket: key, script, socket. It stands against the
-// shell's hotkeys: Shift, Control, Alt and Super with the key at the position of S send the "screenshot_active" message.
+// shell's hotkeys: Shift, Control, Alt and Super with the key at the position of S send the "screenshot_active"
+// message.
 #include <X11/Xlib.h>
-#include <X11/Xlibint.h>
-#include <X11/Xproto.h>
+// After Xlib.h, whose types they use.
 #include <X11/extensions/record.h>
+#include <X11/Xproto.h>
+
 #include <stdio.h>
 #include <stdlib.h>
 
 #include "bare_window.h"
-
-// Xlibint.h brings these; GLib's own are not meant to be hidden.
-#undef min
-#undef max
 
 enum { kPositionOfS = 39, kChord = ShiftMask | ControlMask | Mod1Mask | Mod4Mask };
 
@@ -21,24 +19,24 @@ static const char kScript[] =
     "    window.ws.send(JSON.stringify({type: 'trigger_hotkey', hotkey: 'screenshot_active'}));"
     "}";
 
-static gboolean run_script(gpointer data) {
+static gboolean runScript(gpointer data) {
     webkit_web_view_evaluate_javascript(data, kScript, -1, NULL, NULL, NULL, NULL, NULL);
     return G_SOURCE_REMOVE;
 }
 
 // On the recording thread: the core protocol's own event bytes.
-static void on_record(XPointer view, XRecordInterceptData* data) {
+static void onRecord(XPointer view, XRecordInterceptData* data) {
     if (data->category == XRecordFromServer && data->data_len > 0) {
         const xEvent* event = (const xEvent*)(const void*)data->data;
         const unsigned state = event->u.keyButtonPointer.state;
         if (event->u.u.detail == kPositionOfS && (state & kChord) == kChord) {
-            g_idle_add_full(G_PRIORITY_HIGH, run_script, view, NULL);
+            g_idle_add_full(G_PRIORITY_HIGH, runScript, view, NULL);
         }
     }
     XRecordFreeData(data);
 }
 
-static gpointer record_keys(gpointer view) {
+static gpointer recordKeys(gpointer view) {
     Display* control = XOpenDisplay(NULL);
     Display* events = XOpenDisplay(NULL);
     XRecordRange* range = XRecordAllocRange();
@@ -51,8 +49,8 @@ static gpointer record_keys(gpointer view) {
     XRecordClientSpec clients = XRecordAllClients;
     const XRecordContext context = XRecordCreateContext(control, 0, &clients, 1, &range, 1);
     XSync(control, False);
-    bare_stamp("recording");
-    if (context == 0 || XRecordEnableContext(events, context, on_record, view) == 0) {
+    bareStamp("recording");
+    if (context == 0 || XRecordEnableContext(events, context, onRecord, view) == 0) {
         fputs("bare_keys: the RECORD extension is missing\n", stderr);
         exit(1);
     }
@@ -61,8 +59,8 @@ static gpointer record_keys(gpointer view) {
 
 int main(int argc, char** argv) {
     BareWindow bare = {0};
-    bare_window_open(&bare, argc, argv);
-    g_thread_unref(g_thread_new("record", record_keys, bare.view));
-    bare_window_run(&bare);
+    bareWindowOpen(&bare, argc, argv);
+    g_thread_unref(g_thread_new("record", recordKeys, bare.view));
+    bareWindowRun(&bare);
     return 0;
 }

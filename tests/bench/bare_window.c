@@ -1,10 +1,11 @@
 // Vantorel. MIT licence, see LICENSE.
-// The least a program needs to show a page in a window: what the shell's start-up, page load and memory are held against.
+// The least a program needs to show a page in a window: what the shell's start-up, page load and memory are held
+// against.
 #include "bare_window.h"
 
 int main(int argc, char** argv) {
     BareWindow bare = {0};
-    bare_window_open(&bare, argc, argv);
-    bare_window_run(&bare);
+    bareWindowOpen(&bare, argc, argv);
+    bareWindowRun(&bare);
     return 0;
 }

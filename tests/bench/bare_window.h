@@ -17,11 +17,11 @@ typedef struct BareWindow {
 } BareWindow;
 
 /// Prints "NAME NANOSECONDS" (CLOCK_MONOTONIC) as one flushed line. Any thread.
-void bare_stamp(const char* name);
+void bareStamp(const char* name);
 
 /// Reads `URL [LOAD-DELAY-MS]`, builds and shows the window, and asks for the load after the delay. Prints the stamps
 /// "start", "mapped", "load-requested" and "page-loaded" (or "page-failed"). Ends the program with 2 on bad arguments.
-void bare_window_open(BareWindow* bare, int argc, char** argv);
+void bareWindowOpen(BareWindow* bare, int argc, char** argv);
 
 /// Runs until SIGTERM or SIGINT or until the window is closed.
-void bare_window_run(BareWindow* bare);
+void bareWindowRun(BareWindow* bare);

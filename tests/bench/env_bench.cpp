@@ -24,14 +24,16 @@ std::string ordinaryText() {
 // The shortest lines there are, so that the work per line shows.
 std::string shortLines() {
     std::string text;
-    while (text.size() < kMebibyte) text += "A=\n";
+    while (text.size() < kMebibyte)
+        text += "A=\n";
     return text;
 }
 
 // Nothing but blanks and line breaks of every kind.
 std::string blanks() {
     std::string text;
-    while (text.size() < kMebibyte) text += " \t\u00a0\u3000\u2028\u0085\v\f\r\n";
+    while (text.size() < kMebibyte)
+        text += " \t\u00a0\u3000\u2028\u0085\v\f\r\n";
     return text;
 }
 
@@ -43,20 +45,14 @@ void parse(benchmark::State& state, const std::string& text) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(text.size()));
 }
 
-void ordinary(benchmark::State& state) {
-    parse(state, ordinaryText());
-}
-void manyShortLines(benchmark::State& state) {
-    parse(state, shortLines());
-}
-void nothingButBlanks(benchmark::State& state) {
-    parse(state, blanks());
-}
+void ordinary(benchmark::State& state) { parse(state, ordinaryText()); }
+void manyShortLines(benchmark::State& state) { parse(state, shortLines()); }
+void nothingButBlanks(benchmark::State& state) { parse(state, blanks()); }
 
 BENCHMARK(ordinary)->Unit(benchmark::kMillisecond);
 BENCHMARK(manyShortLines)->Unit(benchmark::kMillisecond);
 BENCHMARK(nothingButBlanks)->Unit(benchmark::kMillisecond);
 
-}  // namespace
+} // namespace
 
 BENCHMARK_MAIN();

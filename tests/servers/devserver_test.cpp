@@ -16,7 +16,8 @@ namespace {
 std::variant<Settings, SettingsProblem> read(std::map<std::string, std::string, std::less<>> variables) {
     return readSettings([variables = std::move(variables)](std::string_view name) -> std::optional<std::string> {
         const auto found = variables.find(name);
-        if (found == variables.end()) return std::nullopt;
+        if (found == variables.end())
+            return std::nullopt;
         return found->second;
     });
 }
@@ -34,9 +35,7 @@ std::string problemOf(std::map<std::string, std::string, std::less<>> variables)
     return problem == nullptr ? "" : problem->text;
 }
 
-TEST(DevserverSettings, DefaultsWhenNothingIsSet) {
-    EXPECT_EQ(good({}), (Settings{true, 8080, false}));
-}
+TEST(DevserverSettings, DefaultsWhenNothingIsSet) { EXPECT_EQ(good({}), (Settings{true, 8080, false})); }
 
 TEST(DevserverSettings, EmptyValuesCountAsAbsent) {
     EXPECT_EQ(good({{"WEBSOCKET_ENABLED", ""}, {"WEBSOCKET_PORT", ""}, {"DISABLE_NATIVE_HOTKEYS", ""}}), Settings{});
@@ -48,8 +47,10 @@ TEST(DevserverSettings, ReadsWhatTheShellGives) {
 }
 
 TEST(DevserverSettings, BooleansInOtherWords) {
-    for (const char* const yes : {"1", "yes", "ON", "True"}) EXPECT_TRUE(good({{"WEBSOCKET_ENABLED", yes}}).websocketEnabled);
-    for (const char* const no : {"0", "no", "OFF", "False"}) EXPECT_FALSE(good({{"WEBSOCKET_ENABLED", no}}).websocketEnabled);
+    for (const char* const yes : {"1", "yes", "ON", "True"})
+        EXPECT_TRUE(good({{"WEBSOCKET_ENABLED", yes}}).websocketEnabled);
+    for (const char* const no : {"0", "no", "OFF", "False"})
+        EXPECT_FALSE(good({{"WEBSOCKET_ENABLED", no}}).websocketEnabled);
 }
 
 TEST(DevserverSettings, PortsAtTheEdges) {
@@ -107,5 +108,5 @@ TEST(DevserverText, LoopbackOrigins) {
     }
 }
 
-}  // namespace
-}  // namespace vantorel::devserver
+} // namespace
+} // namespace vantorel::devserver
