@@ -269,6 +269,7 @@ TEST_P(GuardOfARealShell, EndsTheServer) {
     ASSERT_NE(shell, -1);
     if (shell == 0) {
         ::setpgid(0, 0);
+        std::signal(GetParam(), SIG_DFL); // a test that runs in the background may have inherited it as ignored
         Ends pipe = makePipe();
         const pid_t pid = start({.command = {server}, .output = output.writing.get(), .group = Group::own});
         const int end = pipe.reading.get();
