@@ -42,7 +42,8 @@ foreach(file IN LISTS case_files)
             COMMAND ${VANTOREL_PYTHON} ${PROJECT_SOURCE_DIR}/tests/e2e/run.py ${file}::test_${case}
                 --app ${VANTOREL_BUNDLE}
             WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
-        set_tests_properties(${name} PROPERTIES LABELS "${labels}" TIMEOUT ${timeout})
+        set_tests_properties(${name} PROPERTIES LABELS "${labels}" TIMEOUT ${timeout}
+            SKIP_REGULAR_EXPRESSION "^SKIPPED: ")
         if(serial)
             set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
         endif()

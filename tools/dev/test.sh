@@ -24,6 +24,15 @@ test_twice() {
     return $status
 }
 
+# The logic, its tests and nothing else, with every package of a toolkit hidden from the build.
+cmd_fake() {
+    ensure fake
+    export PKG_CONFIG_LIBDIR=/nonexistent PKG_CONFIG_PATH=
+    configure fake
+    build fake
+    ctest --test-dir build-fake --output-on-failure --parallel "$(processors)" "$@"
+}
+
 # run_sanitized PRESET: the tests that need no page under a sanitizer, and a first look at the whole application.
 run_sanitized() {
     local preset=$1 folder status=0
@@ -40,7 +49,7 @@ run_sanitized() {
 
 cmd_sanitize() {
     local suppressions=$PWD/tests/sanitizers status=0
-    ensure build run display tests
+    ensure build clang run display tests
     probe_sandbox
     export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1
     export LSAN_OPTIONS=suppressions=$suppressions/lsan.supp:print_suppressions=0
