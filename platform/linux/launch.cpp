@@ -5,9 +5,13 @@
 #include "platform/linux/launch.h"
 
 #include <poll.h>
-#include <sys/pidfd.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+
+// Without C linkage of its own in glibc 2.36.
+extern "C" {
+#include <sys/pidfd.h>
+}
 
 #include <cerrno>
 #include <csignal>
