@@ -6,6 +6,7 @@
 
 #include <cstddef>
 
+#include "platform/portable/script_value_limits.h"
 #include "platform/script_value.h"
 
 namespace vantorel::gtk {
@@ -13,11 +14,11 @@ namespace vantorel::gtk {
 /// How much of one message is kept.
 struct ScriptValueLimits {
     /// Lists and dictionaries inside each other.
-    std::size_t depth = 16;
+    std::size_t depth = kMaxScriptValueDepth;
     /// Members of all lists and dictionaries together.
-    std::size_t members = 1000;
+    std::size_t members = kMaxScriptValueMembers;
     /// Bytes of all texts and keys together, those of 256 bytes and less not counted.
-    std::size_t textBytes = std::size_t{1} << 20;
+    std::size_t textBytes = kMaxScriptTextBytes;
 };
 
 /// Converts `value`. Objects that are neither lists nor plain dictionaries give a dictionary of what can be listed of

@@ -21,6 +21,21 @@ namespace {
 
 using Completion = std::function<void(const UrlResult&)>;
 
+struct UriUnref {
+    void operator()(GUri* uri) const { g_uri_unref(uri); }
+};
+
+/// A request for `address`, or none when it names no host or port that can be.
+Object<SoupMessage> makeMessage(const std::string& address) {
+    const std::unique_ptr<GUri, UriUnref> uri(
+        g_uri_parse(address.c_str(), static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS), nullptr));
+    const char* host = uri ? g_uri_get_host(uri.get()) : nullptr;
+    if (host == nullptr || *host == '\0' || !isAddress(address)) {
+        return {};
+    }
+    return Object<SoupMessage>::take(soup_message_new_from_uri(SOUP_METHOD_GET, uri.get()));
+}
+
 /// One request under way. It keeps itself alive until it has reported and the session has let go of it.
 class Exchange : public std::enable_shared_from_this<Exchange> {
 public:
@@ -35,7 +50,7 @@ public:
             G_PRIORITY_HIGH, static_cast<guint>(milliseconds), [](gpointer data) { return held(data)->expire(); }, self,
             [](gpointer data) { delete static_cast<std::shared_ptr<Exchange>*>(data); }));
 
-        const auto message = Object<SoupMessage>::take(soup_message_new(SOUP_METHOD_GET, request_.address.c_str()));
+        const Object<SoupMessage> message = makeMessage(request_.address);
         if (!message) {
             reportLater(platformError("The address \"" + request_.address + "\" can't be used."));
             return;

@@ -140,11 +140,18 @@ void GtkWebView::load(const UrlRequest& request) {
     }
     // The engine has no such policy for one request: with "no-cache" alone it would still ask the server whether its
     // own copy is good enough. With no copy there is nothing to ask about.
+    emptyCaches([this, request, number] {
+        if (loadNumber_ == number && tracker_.waitsForAnswer()) {
+            start(request);
+        }
+    });
+}
+
+void GtkWebView::emptyCaches(std::function<void()> next) {
     store_->removeData({WebsiteDataType::diskCache, WebsiteDataType::memoryCache}, {},
-                       [weak = weak_from_this(), request, number] {
-                           const auto self = weak.lock();
-                           if (self && self->loadNumber_ == number && self->tracker_.waitsForAnswer()) {
-                               self->start(request);
+                       [weak = weak_from_this(), next = std::move(next)] {
+                           if (const auto self = weak.lock()) {
+                               next();
                            }
                        });
 }
@@ -219,10 +226,16 @@ void GtkWebView::processGone() {
     clock_ = SourceId();
     const LoadTracker::Ended ended = tracker_.aborted(pageProcessGoneError());
     report(ended);
-    // The delegate may have asked for a page of its own.
-    if (!std::exchange(revived_, true) && !tracker_.waitsForAnswer()) {
-        reload();
+    if (std::exchange(revived_, true)) {
+        return;
     }
+    // A view without a process takes the page from its cache when it is reloaded (WebKitGTK 2.50).
+    emptyCaches([this] {
+        // The delegate may have asked for a page of its own.
+        if (!tracker_.waitsForAnswer()) {
+            reload();
+        }
+    });
 }
 
 void GtkWebView::armClock(double seconds) {

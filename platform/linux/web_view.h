@@ -42,6 +42,8 @@ public:
 private:
     void connectSignals();
     void start(const UrlRequest& request);
+    /// Calls `next` when nothing is left in the caches, unless the view is gone by then.
+    void emptyCaches(std::function<void()> next);
     void loadChanged(WebKitLoadEvent event);
     void decidePolicy(WebKitPolicyDecision* decision);
     void loadFailed(const GError& error);
