@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <csignal>
 
+#include "platform/linux/css.h"
 #include "platform/linux/main_thread.h"
 #include "platform/linux/menu.h"
 #include "platform/linux/window.h"
@@ -37,6 +38,7 @@ GtkApp::GtkApp()
     assertMainThread();
     connections_.push_back(connect<void()>(application_.get(), "startup", [] {
         x11::setProgramClass(gdk_display_get_default(), kApplicationId);
+        styleMenusFor(gdk_display_get_default());
         gtk_window_set_default_icon_name(kApplicationId);
     }));
     connections_.push_back(connect<void()>(application_.get(), "activate", [this] { activated(); }));

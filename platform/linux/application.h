@@ -38,6 +38,7 @@ public:
 
     GtkApplication* application() const { return application_.get(); }
     ModalStack& modals() { return modals_; }
+    bool isTerminating() const { return terminating_; }
     /// A number that has not been handed out before, to name things by.
     unsigned long nextNumber() { return ++lastNumber_; }
 

@@ -63,6 +63,15 @@ GdkRGBA readableOn(const GdkRGBA& background) {
     return contrast(black, background) >= contrast(white, background) ? black : white;
 }
 
+void styleMenusFor(GdkDisplay* display) {
+    if (display == nullptr || gdk_display_is_composited(display) != FALSE)
+        return;
+    const auto provider = Object<GtkCssProvider>::take(gtk_css_provider_new());
+    gtk_css_provider_load_from_data(provider.get(), "popover > contents { border-radius: 0; box-shadow: none; }", -1);
+    gtk_style_context_add_provider_for_display(display, GTK_STYLE_PROVIDER(provider.get()),
+                                               GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+}
+
 Style::~Style() { release(); }
 
 void Style::release() {

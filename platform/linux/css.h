@@ -24,6 +24,9 @@ double contrast(const GdkRGBA& one, const GdkRGBA& other);
 /// Near black or white, whichever reads better on `background`.
 GdkRGBA readableOn(const GdkRGBA& background);
 
+/// Square menus without a shadow where the display cannot blend windows; they would stand in black frames there.
+void styleMenusFor(GdkDisplay* display);
+
 /// Style declarations for one widget, above the theme's and the user's. Children inherit what CSS lets them inherit.
 class Style {
 public:

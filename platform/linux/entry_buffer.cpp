@@ -41,18 +41,24 @@ guint insertText(GtkEntryBuffer* buffer, guint position, const char* chars, guin
 }
 
 guint deleteText(GtkEntryBuffer* buffer, guint position, guint count) {
+    const guint characters = asBuffer(buffer)->characters;
+    if (position > characters)
+        position = characters;
+    if (count > characters - position)
+        count = characters - position;
+    if (count > 0)
+        gtk_entry_buffer_emit_deleted_text(buffer, position, count);
+    return count;
+}
+
+// The signal's last handler: those before it still find the text that goes.
+void deletedText(GtkEntryBuffer* buffer, guint position, guint count) {
     UnlimitedBuffer* self = asBuffer(buffer);
-    if (position > self->characters)
-        position = self->characters;
-    if (count > self->characters - position)
-        count = self->characters - position;
-    if (count == 0)
-        return 0;
     const std::size_t begin = byteOffset(*self->text, position);
     self->text->erase(begin, byteOffset(*self->text, position + count) - begin);
     self->characters -= count;
-    gtk_entry_buffer_emit_deleted_text(buffer, position, count);
-    return count;
+    g_object_notify(G_OBJECT(buffer), "text");
+    g_object_notify(G_OBJECT(buffer), "length");
 }
 
 void finalize(GObject* object) {
@@ -66,6 +72,7 @@ void initClass(gpointer classPointer, gpointer) {
     bufferClass->get_length = getLength;
     bufferClass->insert_text = insertText;
     bufferClass->delete_text = deleteText;
+    bufferClass->deleted_text = deletedText;
     G_OBJECT_CLASS(classPointer)->finalize = finalize;
 }
 

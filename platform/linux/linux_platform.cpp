@@ -2,7 +2,9 @@
 // The Linux platform: preparation of the process, and the makers of this folder behind the seam.
 #include "platform/linux/linux_platform.h"
 
+#include <fcntl.h>
 #include <gtk/gtk.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -34,8 +36,20 @@
 namespace vantorel::gtk {
 namespace {
 
+/// A descriptor of the standard streams that is closed would be given to the first file or socket that is opened, and
+/// log lines would end up in it.
+void fillStandardDescriptors() {
+    int descriptor = -1;
+    do {
+        descriptor = ::open("/dev/null", O_RDWR);
+    } while (descriptor >= STDIN_FILENO && descriptor <= STDERR_FILENO);
+    if (descriptor > STDERR_FILENO)
+        ::close(descriptor);
+}
+
 /// Everything that must be so before GTK looks; returns the variables that it added to the environment.
 Environment prepareProcess(const Environment& inherited) {
+    fillStandardDescriptors();
     // A reader of the log that goes away is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
     const Environment added = graphicsVariables(inherited, hasGraphicsProcessor());

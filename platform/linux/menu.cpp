@@ -67,7 +67,8 @@ NativeMenuItem::NativeMenuItem(GtkApp& app, std::string title, Selector action, 
 NativeMenuItem::NativeMenuItem(GtkApp& app) : app_(app), separator_(true) { assertMainThread(); }
 
 NativeMenuItem::~NativeMenuItem() {
-    if (actionName_.empty())
+    // At the end GTK 4.8 still tells the shortcut labels of menus that are half gone, and complains about them.
+    if (actionName_.empty() || app_.isTerminating())
         return;
     const char* const none[] = {nullptr};
     gtk_application_set_accels_for_action(app_.application(), detailedAction().c_str(), none);
