@@ -29,6 +29,11 @@ bool isDead(std::uint32_t symbol) {
     return isBetween(symbol, XKB_KEY_dead_grave, kLastDead);
 }
 
+std::uint16_t positionOf(unsigned keyCode) {
+    const auto position = keyCode >= kEvdevOffset ? virtualKeyCode(keyCode - kEvdevOffset) : std::nullopt;
+    return position ? *position : kUnknownVirtualKeyCode;
+}
+
 std::string controlCharacter(const std::string& text) {
     if (text.size() != 1) {
         return text;
@@ -68,16 +73,13 @@ std::optional<std::string> charactersOf(std::uint32_t symbol, bool controlHeld) 
 }
 
 std::optional<KeyEvent> keyEventOf(const PressedKey& press) {
-    const std::optional<std::uint16_t> position =
-        press.keyCode >= kEvdevOffset ? virtualKeyCode(press.keyCode - kEvdevOffset) : std::nullopt;
+    const std::uint16_t position = positionOf(press.keyCode);
     // What the layout makes of a key counts; the position decides for a key without a symbol.
-    const bool isModifier =
-        press.symbol != 0 ? changesModifiers(press.symbol) : position.has_value() && isModifierKey(*position);
-    if (isModifier) {
+    if (press.symbol != 0 ? changesModifiers(press.symbol) : isModifierKey(position)) {
         return std::nullopt;
     }
     KeyEvent event;
-    event.keyCode = position.value_or(kUnknownVirtualKeyCode);
+    event.keyCode = position;
     event.modifierFlags = modifierFlags(press.held, event.keyCode);
     event.characters = charactersOf(press.symbol, press.held.control);
     return event;

@@ -5,6 +5,8 @@
 
 #include <gdk/x11/gdkx.h>
 
+#include <X11/Xlib.h>
+
 #include <X11/extensions/record.h>
 #include <X11/extensions/XInput2.h>
 

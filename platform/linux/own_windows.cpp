@@ -1,5 +1,5 @@
 // Vantorel. MIT licence, see LICENSE.
-// Which X windows are the application's own.
+// Asking an X connection for its windows, and the server for the window with the keyboard.
 
 #include "platform/linux/own_windows.h"
 
@@ -31,12 +31,12 @@ Window windowBelowPointer(Display* display) {
 
 } // namespace
 
-WindowNumbers windowNumbersOf(GdkDisplay* display) {
-    if (!GDK_IS_X11_DISPLAY(display)) {
-        return {};
-    }
-    const Display* connection = gdk_x11_display_get_xdisplay(display);
+WindowNumbers windowNumbersOf(const Display* connection) {
     return {connection->resource_base, connection->resource_mask};
+}
+
+WindowNumbers windowNumbersOf(GdkDisplay* display) {
+    return GDK_IS_X11_DISPLAY(display) ? windowNumbersOf(gdk_x11_display_get_xdisplay(display)) : WindowNumbers{};
 }
 
 bool hasKeyboard(Display* display, const WindowNumbers& own) {

@@ -1,24 +1,15 @@
 // Vantorel. MIT licence, see LICENSE.
-// Which X windows are the application's own.
+// Asking an X connection for its windows, and the server for the window with the keyboard.
 #pragma once
 
 #include <X11/Xlib.h>
 
-#include <gdk/gdk.h>
+#include "platform/linux/window_numbers.h"
 
 namespace vantorel::gtk {
 
-/// The numbers that the server gave one client for its windows. A plain value, for any thread.
-struct WindowNumbers {
-    XID base = 0;
-    XID mask = 0;
-
-    bool contain(XID window) const { return mask != 0 && window != None && (window & ~mask) == base; }
-};
-
-/// The numbers of every window that the toolkit makes on `display`: top levels, alerts, menus. None for a display that
-/// is not an X11 one. Main thread.
-WindowNumbers windowNumbersOf(GdkDisplay* display);
+/// The numbers of every window that is made through `connection`. Any thread.
+WindowNumbers windowNumbersOf(const Display* connection);
 
 /// Whether the keyboard belongs to one of `own` now: the window with the input focus, or where the focus follows the
 /// pointer the one below it. One question to the server, or a few.

@@ -9,6 +9,8 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <X11/Xlib.h>
+
 #include <X11/extensions/record.h>
 #include <X11/extensions/XInput2.h>
 #include <X11/Xproto.h>
@@ -25,6 +27,7 @@
 
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/keyboard_map.h"
+#include "platform/linux/own_windows.h"
 #include "platform/linux/thread.h"
 #include "platform/linux/x_connection.h"
 

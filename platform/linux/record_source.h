@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/appkit.h"
-#include "platform/linux/own_windows.h"
+#include "platform/linux/window_numbers.h"
 
 namespace vantorel::gtk {
 
