@@ -23,9 +23,7 @@ Rect labelFrame(Rect strip) {
 }  // namespace
 
 void AppDelegate::createStatusBar() {
-    const std::shared_ptr<View> contentView = require(window(), "window").contentView();
-
-    const Rect content = require(contentView, "content view").bounds();
+    const Rect content = require(require(window(), "window").contentView(), "content view").bounds();
     setStatusBar(platform().makeView(stripFrame(content)));
     View& strip = require(statusBar(), "statusBar");
     strip.setAutoresizingMask(Autoresizing::widthSizable | Autoresizing::minYMargin);
@@ -42,7 +40,7 @@ void AppDelegate::createStatusBar() {
     label.setStringValue("🔄 Starting server...");
 
     strip.addSubview(statusLabel());
-    contentView->addSubview(statusBar());
+    if (const auto contentView = require(window(), "window").contentView()) contentView->addSubview(statusBar());
 }
 
 void AppDelegate::updateStatus(const std::string& text, const Color& color) {

@@ -66,13 +66,12 @@ std::optional<ServerPaths> prepareServer(AppDelegate& app) {
 }
 
 void giveEnvironment(AppDelegate& app, const ServerPaths& paths) {
-    Platform& platform = app.platform();
+    Environment inherited = app.platform().processInfo().environment();
     // Looked for again: a file that appeared since the first look counts.
-    const std::optional<std::string> envFileText = platform.fileManager().fileExists(paths.envFile)
-                                                       ? platform.fileManager().readUtf8File(paths.envFile)
-                                                       : std::nullopt;
-    const Environment environment =
-        composeServerEnvironment(platform.processInfo().environment(), envFileText, app.websocketPort());
+    const FileManager& files = app.platform().fileManager();
+    const std::optional<std::string> envFileText =
+        files.fileExists(paths.envFile) ? files.readUtf8File(paths.envFile) : std::nullopt;
+    const Environment environment = composeServerEnvironment(std::move(inherited), envFileText, app.websocketPort());
     if (app.serverProcess()) app.serverProcess()->setEnvironment(environment);
     logLine("🌍 Environment: WEBSOCKET_ENABLED=true, WEBSOCKET_PORT=" + std::to_string(app.websocketPort()) +
             ", DISABLE_NATIVE_HOTKEYS=true");

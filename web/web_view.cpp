@@ -39,15 +39,16 @@ void AppDelegate::createWebView() {
     purgeCaches(*platform().defaultWebsiteDataStore());
     std::shared_ptr<WebViewConfiguration> configuration = makeConfiguration(platform(), weak_from_this());
 
-    const std::shared_ptr<View> contentView = require(window(), "window").contentView();
-    const Rect content = require(contentView, "content view").bounds();
+    const Rect content = require(require(window(), "window").contentView(), "content view").bounds();
     setWebView(platform().makeWebView(webViewFrame(content), std::move(configuration)));
     WebView& view = require(webView(), "webView");
     view.setAutoresizingMask(Autoresizing::widthSizable | Autoresizing::heightSizable);
     view.setNavigationDelegate(weak_from_this());
     view.setUiDelegate(weak_from_this());
     view.setAllowsBackForwardNavigationGestures(false);
-    contentView->addSubview(webView(), OrderingMode::below, statusBar().get());
+    if (const auto contentView = require(window(), "window").contentView()) {
+        contentView->addSubview(webView(), OrderingMode::below, statusBar().get());
+    }
 }
 
 }  // namespace vantorel
