@@ -17,23 +17,35 @@ namespace vantorel::gtk {
 
 namespace {
 
-// WebKitGTK (2.50) puts a key that the page did not use into the queue a second time, as it was. The two are one press.
-class RecentPresses {
+// WebKitGTK (2.50) puts a key event that the page did not use into the queue a second time: the very same object, which
+// is kept here so that no other can take its address.
+class RecentEvents {
 public:
-    bool isNew(unsigned keyCode, std::uint32_t time) {
-        const Stamp stamp{keyCode, time};
-        if (std::find(stamps_.begin(), stamps_.end(), stamp) != stamps_.end()) {
+    bool isNew(GdkEvent* event) {
+        if (std::any_of(events_.begin(), events_.end(), [event](const Held& held) { return held.get() == event; })) {
             return false;
         }
-        stamps_[next_] = stamp;
-        next_ = (next_ + 1) % stamps_.size();
+        events_[next_].reset(gdk_event_ref(event));
+        next_ = (next_ + 1) % events_.size();
         return true;
     }
 
+    // Events hold their window's surface, also when the window has gone.
+    void forgetClosedWindows() {
+        for (Held& held : events_) {
+            if (held && gdk_surface_is_destroyed(gdk_event_get_surface(held.get()))) {
+                held.reset();
+            }
+        }
+    }
+
 private:
-    using Stamp = std::pair<unsigned, std::uint32_t>;
+    struct Unref {
+        void operator()(GdkEvent* event) const { gdk_event_unref(event); }
+    };
+    using Held = std::unique_ptr<GdkEvent, Unref>;
     // A page that is busy may give keys back late, after others.
-    std::array<Stamp, 64> stamps_{};
+    std::array<Held, 64> events_;
     std::size_t next_ = 0;
 };
 
@@ -76,6 +88,7 @@ private:
     };
 
     void follow() {
+        recent_.forgetClosedWindows();
         std::map<GtkWidget*, Watch> known = std::move(watches_);
         watches_.clear();
         for (guint index = 0; index < g_list_model_get_n_items(toplevels_.get()); ++index) {
@@ -106,8 +119,8 @@ private:
         GtkEventController* controller = watch.controller;
         watch.pressing = connect<gboolean(guint, guint, GdkModifierType)>(
             controller, "key-pressed", [this, controller](guint symbol, guint keyCode, GdkModifierType state) {
-                const guint32 time = gtk_event_controller_get_current_event_time(controller);
-                return static_cast<gboolean>(!goesOn(pressedKeyOf(symbol, keyCode, state), time));
+                GdkEvent* event = gtk_event_controller_get_current_event(controller);
+                return static_cast<gboolean>(!goesOn(pressedKeyOf(symbol, keyCode, state), event));
             });
         gtk_widget_add_controller(window, controller);
     }
@@ -119,16 +132,16 @@ private:
         }
     }
 
-    bool goesOn(const PressedKey& press, std::uint32_t time) {
+    bool goesOn(const PressedKey& press, GdkEvent* origin) {
         const std::optional<KeyEvent> event = keyEventOf(press);
-        return !event || !recent_.isNew(press.keyCode, time) || handler_(*event);
+        return !event || !recent_.isNew(origin) || handler_(*event);
     }
 
     const Handler handler_;
     const Object<GListModel> toplevels_;
     SignalConnection changes_;
     std::map<GtkWidget*, Watch> watches_;
-    RecentPresses recent_;
+    RecentEvents recent_;
 };
 
 } // namespace

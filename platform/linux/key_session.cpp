@@ -7,7 +7,6 @@
 
 #include <X11/Xlib.h>
 
-#include <X11/extensions/record.h>
 #include <X11/extensions/XInput2.h>
 
 #include <cstring>
@@ -26,24 +25,14 @@ bool saysWayland() {
     return (socket != nullptr && *socket != '\0') || (type != nullptr && std::string_view(type) == "wayland");
 }
 
-bool hasRecord(Display* display) {
-    int major = 0;
-    int minor = 0;
-    return XRecordQueryVersion(display, &major, &minor) != 0;
-}
-
 // The environment tells of a Wayland session, but it can be scrubbed; the server's input devices cannot.
 bool isXWayland(Display* display) {
-    int opcode = 0;
-    int event = 0;
-    int error = 0;
-    if (XQueryExtension(display, "XWAYLAND", &opcode, &event, &error) != 0) {
+    if (hasExtension(display, "XWAYLAND")) {
         return true;
     }
     int major = 2;
     int minor = 2;
-    if (XQueryExtension(display, "XInputExtension", &opcode, &event, &error) == 0 ||
-        XIQueryVersion(display, &major, &minor) != Success) {
+    if (!hasExtension(display, "XInputExtension") || XIQueryVersion(display, &major, &minor) != Success) {
         return false;
     }
     int count = 0;
@@ -70,7 +59,7 @@ KeyReach keyReach() {
         return KeyReach::ownWindows;
     }
     const XConnection connection(name);
-    if (!connection || !hasRecord(connection.get())) {
+    if (!connection || !hasExtension(connection.get(), "RECORD")) {
         return KeyReach::ownWindows;
     }
     return saysWayland() || isXWayland(connection.get()) ? KeyReach::xPrograms : KeyReach::everyProgram;

@@ -91,7 +91,8 @@ public:
     bool begin() {
         int major = 0;
         int minor = 0;
-        if (!stop_ || XRecordQueryVersion(control_.get(), &major, &minor) == 0 || !makeContext()) {
+        if (!stop_ || !hasExtension(control_.get(), "RECORD") ||
+            XRecordQueryVersion(control_.get(), &major, &minor) == 0 || !makeContext()) {
             return false;
         }
         wakeOnRawPresses();
@@ -124,12 +125,9 @@ private:
     }
 
     void wakeOnRawPresses() {
-        int opcode = 0;
-        int event = 0;
-        int error = 0;
         int major = 2;
         int minor = 2;
-        if (XQueryExtension(control_.get(), "XInputExtension", &opcode, &event, &error) == 0 ||
+        if (!hasExtension(control_.get(), "XInputExtension") ||
             XIQueryVersion(control_.get(), &major, &minor) != Success) {
             return;
         }

@@ -27,4 +27,13 @@ private:
     std::unique_ptr<Display, Close> display_;
 };
 
+/// Whether the server of `display` has the extension `name`. Unlike the extensions' own questions it says nothing on
+/// standard error when there is none.
+inline bool hasExtension(Display* display, const char* name) {
+    int opcode = 0;
+    int event = 0;
+    int error = 0;
+    return XQueryExtension(display, name, &opcode, &event, &error) != 0;
+}
+
 } // namespace vantorel::gtk
