@@ -36,7 +36,7 @@ def main():
     parser.add_argument("-j", type=int, default=3)
     parser.add_argument("--app", default=os.path.join(FOLDER, "..", "..", "build", "Vantorel.app"))
     parser.add_argument("--logs", help="folder for the outputs of failed runs")
-    options = parser.parse_args()
+    options = parser.parse_intermixed_args()
     chosen = [case for case in cases() if not options.patterns or any(re.search(p, case[0]) for p in options.patterns)]
     failures = {}
     with concurrent.futures.ThreadPoolExecutor(options.j) as pool:

@@ -129,8 +129,7 @@ def test_abnormal_end_keeps_the_stored_frame(world):
 def test_maximised_frame_is_stored(world):
     world.bundle.use_server(IDLE_SERVER)
     shell, window = start(world)
-    world.screen.set_state(window, "_NET_WM_STATE_MAXIMIZED_VERT", True)
-    world.screen.set_state(window, "_NET_WM_STATE_MAXIMIZED_HORZ", True)
+    world.screen.set_state(window, True, "_NET_WM_STATE_MAXIMIZED_VERT", "_NET_WM_STATE_MAXIMIZED_HORZ")
     wait.until(lambda: world.screen.geometry(window)[2] > 1300, 5, "the window is maximised")
     wait.settled(lambda: world.screen.geometry(window))
     width, height = content(world, window)

@@ -29,9 +29,11 @@ def test_request(world):
 
 def statuses(world, answers):
     """Answers other than 200 between answers of 200: each shows orange, each 200 green again."""
-    sequence = [{"status": 200, "body": "ok"}]
+    # A fresh connection each time: on one kept from before, a client may rightly ask again after a reset.
+    good = {"status": 200, "body": "ok", "close": True}
+    sequence = [good]
     for answer in answers:
-        sequence += [answer if isinstance(answer, dict) else {"status": answer}, {"status": 200, "body": "ok"}]
+        sequence += [answer if isinstance(answer, dict) else {"status": answer, "close": True}, good]
     world.server.probes(*sequence)
     shell = world.launch()
     world.wait_status(shell, GREEN_STATUS.format(world.port))

@@ -165,9 +165,10 @@ class Screen:
         """Asks the window manager for a place of the window's frame."""
         self._tell_manager(window, "_NET_MOVERESIZE_WINDOW", [1 | (1 << 8) | (1 << 9) | (2 << 12), x, y, 0, 0])
 
-    def set_state(self, window, name, on):
-        """Asks the window manager to set or clear a state."""
-        self._tell_manager(window, "_NET_WM_STATE", [int(on), self.atom(name), 0, 2])
+    def set_state(self, window, on, *names):
+        """Asks the window manager to set or clear one or two states."""
+        first, second = (*map(self.atom, names), 0)[:2]
+        self._tell_manager(window, "_NET_WM_STATE", [int(on), first, second, 2])
 
     def close_window(self, window):
         """Closes the window the way its title bar does."""
