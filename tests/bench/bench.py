@@ -12,6 +12,7 @@ import argparse
 import json
 import pathlib
 import re
+import signal
 import statistics
 import subprocess
 import sys
@@ -195,6 +196,8 @@ def main():
     if unknown := wanted - set(ROWS):
         parser.error(f"no such rows: {', '.join(sorted(unknown))}")
 
+    # A request to end still takes the desktop and its programs along.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     begin = time.monotonic()
     with Desktop() as desktop:
         bench = Bench(desktop, options)

@@ -33,10 +33,14 @@ def wait_until(condition, what, patience=PATIENCE):
 
 
 class Program:
-    """A started program. Each line of its standard output is kept with the moment it came in, in seconds."""
+    """A started program. Each line of its standard output is kept with the moment it came in, in seconds. With
+    `to_file` its output goes to a file instead, which nobody reads but `wait_for`: no reader is woken for each line."""
 
-    def __init__(self, argv, environment, folder, stdout=subprocess.PIPE, keep_lines=True, pass_fds=()):
+    def __init__(self, argv, environment, folder, stdout=subprocess.PIPE, keep_lines=True, to_file=False,
+                 pass_fds=()):
         self.log = tempfile.TemporaryFile()
+        self.file = tempfile.NamedTemporaryFile() if to_file else None
+        stdout = self.file or stdout
         self.started = time.monotonic()
         self.process = subprocess.Popen([str(part) for part in argv], env=environment, cwd=folder, stdout=stdout,
                                         stdin=subprocess.DEVNULL, stderr=self.log,
@@ -57,8 +61,14 @@ class Program:
     def find(self, start):
         return next((entry for entry in self.lines if entry[1].startswith(start)), None)
 
+    def find_in_file(self, start):
+        lines = pathlib.Path(self.file.name).read_text(encoding="utf-8", errors="replace").splitlines()
+        return next((line for line in lines if line.startswith(start)), None)
+
     def wait_for(self, start, patience=PATIENCE):
         """The moment and text of the first line that begins with `start`."""
+        if self.file:
+            return time.monotonic(), wait_until(lambda: self.find_in_file(start), f"\"{start}\"", patience)
         with self.changed:
             found = self.changed.wait_for(lambda: self.find(start), patience)
         if not found:
@@ -80,6 +90,8 @@ class Program:
                 self.process.kill()
                 self.process.wait()
         self.log.close()
+        if self.file:
+            self.file.close()
 
 
 class Desktop:

@@ -46,20 +46,21 @@ class Subject:
             self.server_folder = self.bundle / "Contents" / "Resources"
             forget_first_launch(pathlib.Path(desktop.environment["HOME"]))
 
-    def start(self, script, environment=None, keep_lines=True):
+    def start(self, script, **options):
         """Starts it with a server that follows `script`; returns the program."""
         port = free_port()
-        environment = {"WEBSOCKET_PORT": str(port)} | (environment or {})
+        environment = {"WEBSOCKET_PORT": str(port)}
         if self.bare is None:
             install_server(self.server_folder, script)
             self.server = None
             return self.desktop.start([self.bundle / "Contents" / "Linux" / "Vantorel"], environment=environment,
-                                      keep_lines=keep_lines)
+                                      **options)
         self.server_folder = self.desktop.make_server_folder(script)
         self.server = self.desktop.start([self.server_folder / "vantor-srv"], self.server_folder,
                                          environment=environment)
         self.wait_for_event("listening", 1)
-        return self.desktop.start([self.programs / self.bare, f"http://localhost:{port}/"], environment=environment)
+        return self.desktop.start([self.programs / self.bare, f"http://localhost:{port}/"], environment=environment,
+                                  **options)
 
     def stop(self, program):
         self.desktop.stop(program)
@@ -220,7 +221,7 @@ def cat_run(desktop, megabytes):
 
 def keys_run(subject, presses, interval_ms):
     """Seconds from each key press to its frame at the server's socket, warm-up presses left out."""
-    program = subject.start({"banner": None})
+    program = subject.start({"banner": None}, to_file=True)
     try:
         subject.wait_for_load(program)
         subject.wait_for_event("ws_open", 1)
