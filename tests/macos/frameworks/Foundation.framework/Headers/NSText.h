@@ -26,7 +26,10 @@ enum : NSStringEncoding {
 + (nullable instancetype)dataWithContentsOfFile:(NSString*)path;
 @end
 
-@interface NSNumber : NSObject <NSCopying>
+@interface NSValue : NSObject <NSCopying>
+@end
+
+@interface NSNumber : NSValue
 @property (readonly) BOOL boolValue;
 @property (readonly) double doubleValue;
 + (NSNumber*)numberWithBool:(BOOL)value;
