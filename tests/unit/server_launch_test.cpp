@@ -159,7 +159,7 @@ TEST_F(ServerLaunchTest, PathsGoByTheBundle) {
 }
 
 TEST_F(ServerLaunchTest, ServerBecomesExecutable) {
-    platform_.files.addFile(kServer, "", 0600);
+    platform_.files.addFile(kServer, kProgram, 0600);
     start();
     EXPECT_EQ(platform_.files.mode(kServer), 0755U);
     EXPECT_TRUE(shell_->isServerRunning());
@@ -173,7 +173,7 @@ TEST_F(ServerLaunchTest, FailedModeChangeIsLoggedAndTheLaunchTriedAllTheSame) {
 }
 
 TEST_F(ServerLaunchTest, FileThatStaysWithoutPermissionFailsAsALaunch) {
-    platform_.files.addFile(kServer, "", 0600);
+    platform_.files.addFile(kServer, kProgram, 0600);
     platform_.files.permissionError = PlatformError{"for people", "for the log"};
     start();
     platform_.runMainQueue();

@@ -49,6 +49,16 @@ bool FakeFileManager::isExecutable(const std::string& path) const {
     return node != nullptr && !node->isDirectory && (node->mode & 0111) != 0;
 }
 
+bool FakeFileManager::isProgram(const std::string& path) const {
+    const Node* node = resolve(path);
+    return node != nullptr && (node->bytes.starts_with("#!") || node->bytes.starts_with("\x7F" "ELF"));
+}
+
+bool FakeFileManager::isDirectory(const std::string& path) const {
+    const Node* node = resolve(path);
+    return node != nullptr && node->isDirectory;
+}
+
 const FakeFileManager::Node* FakeFileManager::resolve(const std::string& path) const {
     const auto found = nodes_.find(path);
     if (found == nodes_.end()) return nullptr;

@@ -32,6 +32,9 @@ public:
     /// As fileExists, without a record.
     bool exists(const std::string& path) const { return resolve(path) != nullptr; }
     bool isExecutable(const std::string& path) const;
+    /// A script or a program of this machine, by its first bytes.
+    bool isProgram(const std::string& path) const;
+    bool isDirectory(const std::string& path) const;
     /// The permission bits of what is at `path`; throws where there is nothing.
     unsigned mode(const std::string& path) const { return nodes_.at(path).mode; }
 

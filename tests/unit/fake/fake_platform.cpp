@@ -102,6 +102,7 @@ std::shared_ptr<WebView> FakePlatform::makeWebView(Rect frame, std::shared_ptr<W
     auto made = std::dynamic_pointer_cast<FakeWebViewConfiguration>(std::move(configuration));
     recorder.addOnMain("makeWebView(" + shown(frame) + ", " + made->name() + ") -> " + name);
     webViews.push_back(std::make_shared<FakeWebView>(recorder, name, frame, std::move(made)));
+    if (onMakeWebView) onMakeWebView(*webViews.back());
     return webViews.back();
 }
 

@@ -95,10 +95,11 @@ public:
     bool applicationMissing = false;
     /// isAddress says no to everything.
     bool refusesAddresses = false;
-    /// Called with each new process, window and view, where set: to script it before the logic gets it.
+    /// Called with each new object of the kind, where set: to script it before the logic gets it.
     std::function<void(FakeProcess&)> onMakeProcess;
     std::function<void(FakeWindow&)> onMakeWindow;
     std::function<void(FakeView&)> onMakeView;
+    std::function<void(FakeWebView&)> onMakeWebView;
 
     /// The record as numbered lines.
     std::vector<std::string> record() const { return recorder.numbered(); }

@@ -83,7 +83,8 @@ std::optional<PlatformError> FakeProcess::launchProblem() const {
     if (launchError) return launchError;
     if (!executablePath_ || !files_.exists(*executablePath_)) return makeError("The server file doesn’t exist.");
     if (!files_.isExecutable(*executablePath_)) return makeError("The server file can’t be executed.");
-    if (currentDirectoryPath_ && !files_.exists(*currentDirectoryPath_)) {
+    if (!files_.isProgram(*executablePath_)) return makeError("The server file is no program of this machine.");
+    if (currentDirectoryPath_ && !files_.isDirectory(*currentDirectoryPath_)) {
         return makeError("The working directory doesn’t exist.");
     }
     return std::nullopt;

@@ -54,9 +54,14 @@ void ViewState::follow(Size oldParent, Size newParent) {
     if (has(mask_, Autoresizing::widthSizable)) size.width += widthChange;
     const bool heightFollows = has(mask_, Autoresizing::heightSizable);
     const bool bottomFollows = has(mask_, Autoresizing::minYMargin);
-    const double share = heightFollows && bottomFollows ? heightChange / 2 : heightChange;
-    if (heightFollows) size.height += share;
-    if (bottomFollows) frame_.origin.y += share;
+    const double flexible = (heightFollows ? size.height : 0) + (bottomFollows ? frame_.origin.y : 0);
+    // Two flexible parts share the change by their sizes.
+    const auto share = [&](double part, bool alone) {
+        if (alone) return heightChange;
+        return flexible > 0 ? heightChange * part / flexible : heightChange / 2;
+    };
+    if (heightFollows) size.height += share(size.height, !bottomFollows);
+    if (bottomFollows) frame_.origin.y += share(frame_.origin.y, !heightFollows);
     resize(size);
 }
 

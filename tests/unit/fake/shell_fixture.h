@@ -21,6 +21,9 @@ inline constexpr const char* kResources = "/Applications/Vantorel.app/Contents/R
 inline constexpr const char* kServer = "/Applications/Vantorel.app/Contents/Resources/vantor-srv";
 inline constexpr const char* kEnvFile = "/Applications/Vantorel.app/Contents/Resources/.env";
 
+/// What makes a file a program.
+inline constexpr const char* kProgram = "#!server";
+
 /// The lines of a record from the first that is `from` to the first after it that is `to`, both included. Empty when
 /// they are not there in this order.
 inline std::vector<std::string> between(const std::vector<std::string>& lines, const std::string& from,
@@ -42,7 +45,7 @@ class ShellTest : public ::testing::Test {
 protected:
     ShellTest() {
         platform_.files.addDirectory(kResources);
-        platform_.files.addFile(kServer, "", 0755);
+        platform_.files.addFile(kServer, kProgram, 0755);
     }
 
     void TearDown() override { EXPECT_THAT(platform_.recorder.violations(), ::testing::IsEmpty()); }
