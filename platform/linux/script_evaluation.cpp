@@ -2,17 +2,15 @@
 // Scripts that the application runs in the page.
 #include "platform/linux/script_evaluation.h"
 
-#include <memory>
 #include <utility>
 
 #include "platform/linux/engine_error.h"
 #include "platform/linux/object.h"
+#include "platform/linux/queue.h"
 
 namespace vantorel::gtk {
 
 namespace {
-
-using Completion = std::function<void(const std::optional<PlatformError>&)>;
 
 std::optional<PlatformError> outcome(const GError* error) {
     if (error == nullptr) {
@@ -27,23 +25,35 @@ std::optional<PlatformError> outcome(const GError* error) {
 
 } // namespace
 
-void evaluateScript(WebKitWebView* view, const std::string& script, Completion completion) {
+ScriptEvaluations::~ScriptEvaluations() {
+    for (const Pending& pending : pending_) {
+        if (const Completion completion = std::exchange(*pending, nullptr)) {
+            mainQueue().async([completion] { completion(pageProcessGoneError()); });
+        }
+    }
+}
+
+void ScriptEvaluations::evaluate(WebKitWebView* view, const std::string& script, Completion completion) {
+    pending_.remove_if([](const Pending& pending) { return !*pending; });
+    const auto pending = std::make_shared<Completion>(
+        completion ? std::move(completion) : [](const std::optional<PlatformError>&) {});
+    pending_.push_back(pending);
     // A value that can't leave the page is no error, but the engine makes it one: so the value is always a number. The
     // line break ends a comment in the script's last line.
     const std::string text = script + "\n;0";
-    webkit_web_view_evaluate_javascript(
-        view, text.data(), static_cast<gssize>(text.size()), nullptr, nullptr, nullptr,
-        [](GObject* source, GAsyncResult* result, gpointer data) {
-            const std::unique_ptr<Completion> kept(static_cast<Completion*>(data));
-            GError* error = nullptr;
-            const auto value = Object<JSCValue>::take(
-                webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), result, &error));
-            const GErrorPointer owned(error);
-            if (*kept) {
-                guarded(*kept, outcome(error));
-            }
-        },
-        new Completion(std::move(completion)));
+    webkit_web_view_evaluate_javascript(view, text.data(), static_cast<gssize>(text.size()), nullptr, nullptr, nullptr,
+                                        completed, new Pending(pending));
+}
+
+void ScriptEvaluations::completed(GObject* source, GAsyncResult* result, gpointer data) {
+    const std::unique_ptr<Pending> pending(static_cast<Pending*>(data));
+    GError* error = nullptr;
+    const auto value = Object<JSCValue>::take(
+        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), result, &error));
+    const GErrorPointer owned(error);
+    if (const Completion completion = std::exchange(**pending, nullptr)) {
+        guarded(completion, outcome(error));
+    }
 }
 
 } // namespace vantorel::gtk

@@ -5,6 +5,8 @@
 #include <webkit/webkit.h>
 
 #include <functional>
+#include <list>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,9 +14,29 @@
 
 namespace vantorel::gtk {
 
-/// Runs `script` in the global scope of the view's page. `completion` comes once, later, on the main thread, also when
-/// the page's process ends or the view goes away meanwhile. What the script's last statement gives is left in the page.
-void evaluateScript(WebKitWebView* view, const std::string& script,
-                    std::function<void(const std::optional<PlatformError>&)> completion);
+/// The evaluations of one view. Main thread.
+class ScriptEvaluations {
+public:
+    using Completion = std::function<void(const std::optional<PlatformError>&)>;
+
+    ScriptEvaluations() = default;
+    ScriptEvaluations(const ScriptEvaluations&) = delete;
+    ScriptEvaluations& operator=(const ScriptEvaluations&) = delete;
+    /// Evaluations that are still under way complete with an error, later: the engine tells nothing about a script that
+    /// runs without end.
+    ~ScriptEvaluations();
+
+    /// Runs `script` in the global scope of the view's page. `completion` comes once, later, also when the page's process
+    /// ends meanwhile. What the script's last statement gives is left in the page.
+    void evaluate(WebKitWebView* view, const std::string& script, Completion completion);
+
+private:
+    /// Empty when it has been called.
+    using Pending = std::shared_ptr<Completion>;
+
+    static void completed(GObject* source, GAsyncResult* result, gpointer data);
+
+    std::list<Pending> pending_;
+};
 
 } // namespace vantorel::gtk

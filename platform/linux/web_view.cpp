@@ -10,7 +10,6 @@
 #include "platform/linux/graphics.h"
 #include "platform/linux/main_thread.h"
 #include "platform/linux/queue.h"
-#include "platform/linux/script_evaluation.h"
 #include "platform/linux/script_panels.h"
 #include "platform/portable/blocked_ports.h"
 
@@ -140,18 +139,11 @@ void GtkWebView::load(const UrlRequest& request) {
     }
     // The engine has no such policy for one request: with "no-cache" alone it would still ask the server whether its
     // own copy is good enough. With no copy there is nothing to ask about.
-    emptyCaches([this, request, number] {
-        if (loadNumber_ == number && tracker_.waitsForAnswer()) {
-            start(request);
-        }
-    });
-}
-
-void GtkWebView::emptyCaches(std::function<void()> next) {
     store_->removeData({WebsiteDataType::diskCache, WebsiteDataType::memoryCache}, {},
-                       [weak = weak_from_this(), next = std::move(next)] {
-                           if (const auto self = weak.lock()) {
-                               next();
+                       [weak = weak_from_this(), request, number] {
+                           const auto self = weak.lock();
+                           if (self && self->loadNumber_ == number && self->tracker_.waitsForAnswer()) {
+                               self->start(request);
                            }
                        });
 }
@@ -226,16 +218,17 @@ void GtkWebView::processGone() {
     clock_ = SourceId();
     const LoadTracker::Ended ended = tracker_.aborted(pageProcessGoneError());
     report(ended);
-    if (std::exchange(revived_, true)) {
+    // A reload of a view without a process might come from the cache (WebKitGTK 2.50); a load never does.
+    WebKitBackForwardListItem* page =
+        webkit_back_forward_list_get_current_item(webkit_web_view_get_back_forward_list(view_.get()));
+    // The delegate may have asked for a page of its own.
+    if (page == nullptr || tracker_.waitsForAnswer() || std::exchange(revived_, true)) {
         return;
     }
-    // A view without a process takes the page from its cache when it is reloaded (WebKitGTK 2.50).
-    emptyCaches([this] {
-        // The delegate may have asked for a page of its own.
-        if (!tracker_.waitsForAnswer()) {
-            reload();
-        }
-    });
+    UrlRequest request;
+    request.address = text(webkit_back_forward_list_item_get_uri(page));
+    request.cachePolicy = CachePolicy::reloadIgnoringLocalAndRemoteCacheData;
+    load(request);
 }
 
 void GtkWebView::armClock(double seconds) {
@@ -306,7 +299,7 @@ void GtkWebView::setPageZoom(double zoom) {
 void GtkWebView::evaluateJavaScript(const std::string& script,
                                     std::function<void(const std::optional<PlatformError>&)> completion) {
     assertMainThread();
-    evaluateScript(view_.get(), script, std::move(completion));
+    evaluations_.evaluate(view_.get(), script, std::move(completion));
 }
 
 std::shared_ptr<WebView> makeWebView(Rect frame, std::shared_ptr<WebViewConfiguration> configuration) {

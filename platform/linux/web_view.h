@@ -12,6 +12,7 @@
 
 #include "platform/linux/load_tracker.h"
 #include "platform/linux/object.h"
+#include "platform/linux/script_evaluation.h"
 #include "platform/linux/script_messages.h"
 #include "platform/linux/view.h"
 #include "platform/linux/web_view_configuration.h"
@@ -42,8 +43,6 @@ public:
 private:
     void connectSignals();
     void start(const UrlRequest& request);
-    /// Calls `next` when nothing is left in the caches, unless the view is gone by then.
-    void emptyCaches(std::function<void()> next);
     void loadChanged(WebKitLoadEvent event);
     void decidePolicy(WebKitPolicyDecision* decision);
     void loadFailed(const GError& error);
@@ -60,6 +59,7 @@ private:
     Object<WebKitWebView> view_;
     std::weak_ptr<NavigationDelegate> navigationDelegate_;
     std::weak_ptr<UiDelegate> uiDelegate_;
+    ScriptEvaluations evaluations_;
     LoadTracker tracker_;
     /// Tells a load that waits for its caches to be emptied whether it is still the latest one.
     unsigned long loadNumber_ = 0;
