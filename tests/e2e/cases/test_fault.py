@@ -2,6 +2,7 @@
 # Staged faults under the real application: killed shells, stopped servers, dying buses, displays and engine processes.
 # label: fault
 
+import contextlib
 import os
 import random
 import re
@@ -235,13 +236,17 @@ def test_page_process_killed_while_a_hotkey_is_on_its_way(world):
 
 def test_page_process_stopped(world):
     shell, window = world.launch_loaded(html())
-    for pid in wait.until(lambda: shell.helpers("WebKitWebProcess"), 5, "the page process runs"):
+    pids = wait.until(lambda: shell.helpers("WebKitWebProcess"), 5, "the page process runs")
+    for pid in pids:
         os.kill(pid, signal.SIGSTOP)
     pings = latency.Watch(world.screen, window)
     pings.during(2)
     pings.expect_below(0.2)
     world.wait_status(shell, GREEN_STATUS.format(world.port))
     shell.quit(6)
+    for pid in pids:
+        with contextlib.suppress(ProcessLookupError):
+            os.kill(pid, signal.SIGCONT)  # a stopped process can't notice that the shell is gone
 
 
 def test_network_process_killed(world):
@@ -267,8 +272,8 @@ def test_thousand_quick_toggles(world):
     wait.until(lambda: world.home.read_defaults().get("alwaysOnTop") == "true"
                and world.home.read_defaults().get("hideInScreenshots") == "false", 20,
                lambda: f"an odd number of toggles; the store is {world.home.read_defaults()}")
-    wait.until(lambda: "_NET_WM_STATE_ABOVE" in world.screen.states(window), 5, "the window is above")
-    wait.stays(lambda: "_NET_WM_STATE_ABOVE" in world.screen.states(window), 0.7, "and stays above")
+    states = wait.settled(lambda: world.screen.states(window), 1.5, 20)  # the window manager has its own pace
+    assert "_NET_WM_STATE_ABOVE" in states, f"the window is above in the end: {states}"
     assert world.screen.ping(window) < 1
 
 
@@ -368,14 +373,19 @@ def test_descriptors_do_not_pile_up(world):
     shell, _ = world.launch_loaded(html())
     world.focused(shell)
     world.server.wait_requests("probe", 2)
+
+    def reload(times):
+        for _ in range(times):
+            loads = shell.count("✅ Page loaded successfully")
+            world.hands.press("r", "ctrl")
+            wait.until(lambda: shell.count("✅ Page loaded successfully") > loads, 5, "a load")
+
+    reload(8)  # the engine opens some of its descriptors late
     count = len(shell.descriptors())
     threads = shell.threads()
-    for _ in range(30):
-        loads = shell.count("✅ Page loaded successfully")
-        world.hands.press("r", "ctrl")
-        wait.until(lambda: shell.count("✅ Page loaded successfully") > loads, 5, "a load")
+    reload(30)
     world.server.wait_requests("probe", len(world.server.requests("probe")) + 2)
-    wait.until(lambda: len(shell.descriptors()) <= count + 5, 5,
+    wait.until(lambda: len(shell.descriptors()) <= count + 4, 5,
                lambda: f"{count} descriptors, now {shell.descriptors()}")
     assert shell.threads() <= threads + 4, f"{threads} threads, now {shell.threads()}"
 

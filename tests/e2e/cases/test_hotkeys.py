@@ -90,6 +90,7 @@ def nobody_has_the_focus(world, focus):
     """No window selects keys: the record must come all the same, and at once."""
     world.desktop(manager=None)
     shell, _ = connected(world)
+    world.hands.move(world.screen.width - 2, world.screen.height - 2)  # where no window is
     world.screen.display.set_input_focus(focus, X.RevertToPointerRoot, X.CurrentTime)
     world.screen.display.sync()
     delays = []
@@ -377,7 +378,7 @@ def test_while_an_alert_is_up(world):
 def test_while_a_menu_is_open(world):
     shell, window = connected(world)
     world.screen.activate(window)
-    popup, _ = world.open_menu(shell, "View")
+    popup, _, _ = world.open_menu(shell, "View")
     world.hands.hotkey("s")
     world.server.wait_hotkeys(["screenshot_active"])
     wait.stays(lambda: len(world.server.hotkeys()) == 1, 0.5, "once")

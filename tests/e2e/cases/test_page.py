@@ -54,6 +54,12 @@ def test_broken_body(world):
     fails(world, OTHER, PROVISIONAL, "❌ Failed to load page: ")
 
 
+def test_broken_chunks(world):
+    world.server.page({"raw": "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nTransfer-Encoding: chunked\r\n\r\n"
+                              "1000\r\n" + "<p>x</p>" * 512 + "\r\n9000\r\n<p>half"})
+    fails(world, OTHER, PROVISIONAL, "❌ Failed to load page: ")
+
+
 def test_reset_in_the_body(world):
     world.server.page({"body": html(body="<p>begin</p>" * 3000), "body_delay": 0.5, "content_length": 900000,
                        "reset_after": 20000})

@@ -63,7 +63,7 @@ def test_alert_by_closing_its_window(world):
 
 def test_confirm_ok_by_mouse(world):
     shell, _, _ = asking(world, "confirm('Sure?')")
-    expect_texts(world, shell, "Sure?", ["OK", "Cancel"])
+    expect_texts(world, shell, "Sure?", ["Cancel", "OK"])
     world.press_button(shell, "OK")
     answered(world, shell, True)
 
@@ -85,9 +85,18 @@ def test_confirm_by_escape(world):
 def test_confirm_by_tab_and_space(world):
     shell, _, dialog = asking(world, "confirm('x')")
     world.screen.activate(dialog)
-    world.hands.press("tab")
+    world.wait_focus(shell, "button", "Cancel")
     world.hands.press("space")
     answered(world, shell, False)
+
+
+def test_first_focus_is_where_the_answer_is(world):
+    shell, _, dialog = asking(world, "confirm('x')")
+    world.screen.activate(dialog)
+    wait.until(lambda: [node.name() for node in world.dialog_nodes(shell, "button") if node.focused()] == ["OK"], 3,
+               lambda: "OK has the focus in\n" + world.ax.dump(shell.pid))
+    world.hands.press("space")
+    answered(world, shell, True)
 
 
 def test_confirm_by_closing_its_window(world):
@@ -98,13 +107,13 @@ def test_confirm_by_closing_its_window(world):
 
 def field(world, shell):
     """The prompt's text field."""
-    return wait.until(lambda: world.dialog_nodes(shell, "text") + world.dialog_nodes(shell, "entry"), 5,
+    return wait.until(lambda: world.dialog_nodes(shell, "text box"), 5,
                       lambda: "a text field in\n" + world.ax.dump(shell.pid))[0]
 
 
 def test_prompt_with_a_default(world):
     shell, _, dialog = asking(world, "prompt('Name?', 'Ada')")
-    expect_texts(world, shell, "Name?", ["OK", "Cancel"])
+    expect_texts(world, shell, "Name?", ["Cancel", "OK"])
     node = field(world, shell)
     wait.same(node.text(), "Ada", "text in the field")
     wait.same(tuple(node.extents()[2:]), (300, 24), "size of the field")
@@ -175,7 +184,7 @@ def test_from_a_sub_frame(world):
     world.server.route("/sub.html", html("setTimeout(() => report('answer', confirm('from a frame')), 300)"))
     shell, _ = world.launch_loaded(html("", "<iframe src='/sub.html'></iframe>"))
     dialog = world.dialog(shell)
-    expect_texts(world, shell, "from a frame", ["OK", "Cancel"])
+    expect_texts(world, shell, "from a frame", ["Cancel", "OK"])
     world.screen.activate(dialog)
     world.hands.press("return")
     answered(world, shell, True)

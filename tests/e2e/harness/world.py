@@ -13,6 +13,7 @@ import threading
 import time
 
 from harness import ax, children, desktop, place, wait
+from harness.ax import GLib
 from harness.hands import Hands
 from harness.server import ScriptedServer
 from harness.shell import TITLE, Shell
@@ -147,7 +148,7 @@ class World:
         return [node.name() for node in self._menu_bar(shell).children() if node.role() == "menu item"]
 
     def open_menu(self, shell, title):
-        """Opens a menu of the menu bar with the mouse; returns (its pop-up window, its items)."""
+        """Opens a menu of the menu bar with the mouse; returns (its pop-up window, the menu, its items)."""
         window = self.window(shell)
         x, y, _, _ = self.screen.geometry(window)
         entry = [node for node in self._menu_bar(shell).children() if node.name() == title][0]
@@ -159,7 +160,7 @@ class World:
         items = wait.until(lambda: [node for node in entry.walk() if node.path != entry.path and node.name()
                                     and "menu item" in node.role()], 5,
                            f"the menu {title} has items")
-        return popup, items
+        return popup, [node for node in entry.walk() if node.role() == "menu"][0], items
 
     def _close_menu(self, shell, popup):
         for _ in range(3):
@@ -171,14 +172,14 @@ class World:
 
     def menu_items(self, shell, title):
         """Titles of a menu's items, in order."""
-        popup, items = self.open_menu(shell, title)
+        popup, _, items = self.open_menu(shell, title)
         names = [node.name() for node in items]
         self._close_menu(shell, popup)
         return names
 
     def menu_checks(self, shell):
         """The check marks of the first menu's mode items."""
-        popup, items = self.open_menu(shell, "Vantor")
+        popup, _, items = self.open_menu(shell, "Vantor")
         checks = {node.name(): node.checked() for node in items
                   if node.name() in ("Always on Top", "Hide in Screenshots")}
         self._close_menu(shell, popup)
@@ -186,20 +187,22 @@ class World:
 
     def choose(self, shell, title, item):
         """Clicks an item of a menu."""
-        popup, items = self.open_menu(shell, title)
+        popup, menu, items = self.open_menu(shell, title)
         wait.settled(lambda: self.screen.geometry(popup), 0.15)
         node = [each for each in items if each.name() == item][0]
+        # The toolkit counts both from somewhere in the main window: only the difference is the place in the pop-up.
         left, top, width, height = node.extents()
+        menu_left, menu_top, _, _ = menu.extents()
         x, y, _, _ = self.screen.geometry(popup)
-        self.hands.click(x + left + width / 2, y + top + height / 2)
+        self.hands.click(x + left - menu_left + width / 2, y + top - menu_top + height / 2)
         wait.until(lambda: not self.screen.viewable(popup), 5, "the menu closes")
 
     def press_button(self, shell, title):
         """Clicks a button of the topmost dialog."""
         dialog = self.dialog(shell)
+
         def found():
-            return [button for button in self.dialog_nodes(shell, "button")
-                    if any(child.name() == title for child in button.walk() if child.role() == "label")]
+            return [button for button in self.dialog_nodes(shell, "button") if button.name() == title]
         button = wait.until(found, 5, f"a button {title}")[-1]
         wait.settled(lambda: self.screen.geometry(dialog), 0.15)
         left, top, width, height = button.extents()
@@ -207,25 +210,39 @@ class World:
         self.hands.click(x + left + width / 2, y + top + height / 2)
 
     def dialog_nodes(self, shell, role):
-        """Accessible objects of a role in the shell's dialogs."""
-        application = self.ax.application(shell.pid)
+        """Accessible objects of a role in the shell's dialogs; what vanishes meanwhile is left out."""
         found = []
-        for window in application.children() if application else []:
-            if window.role() in ("dialog", "alert", "alert dialog"):
-                found += [node for node in window.walk() if node.role() == role]
+        with contextlib.suppress(GLib.Error):
+            application = self.ax.application(shell.pid)
+            for window in application.children() if application else []:
+                if window.role() in ("dialog", "alert", "alert dialog"):
+                    found += [node for node in window.walk() if node.role() == role]
         return found
 
     def dialog_labels(self, shell):
         """Texts of a dialog outside its buttons, in order."""
-        buttons = {button.path for button in self.dialog_nodes(shell, "button")}
-        inside = {child.path for button in self.dialog_nodes(shell, "button") for child in button.walk()}
-        return [node.name() for node in self.dialog_nodes(shell, "label")
-                if node.path not in inside | buttons and node.name()]
+        inside, names = set(), []
+        with contextlib.suppress(GLib.Error):
+            for button in self.dialog_nodes(shell, "button"):
+                inside |= {child.path for child in button.walk()}
+            names = [node.name() for node in self.dialog_nodes(shell, "label") if node.path not in inside]
+        return [name for name in names if name]
 
     def dialog_buttons(self, shell):
-        """Titles of a dialog's buttons, in order of their labels."""
-        return [child.name() for button in self.dialog_nodes(shell, "button") for child in button.walk()
-                if child.role() == "label"]
+        """Titles of a dialog's buttons from left to right; the first button is the rightmost, as panels have it."""
+        with contextlib.suppress(GLib.Error):
+            return [button.name() for button in self.dialog_nodes(shell, "button")]
+        return []
+
+    def wait_focus(self, shell, role, name):
+        """Presses Tab until an object of the dialog has the keyboard focus."""
+        for _ in range(6):
+            with contextlib.suppress(AssertionError):
+                wait.until(lambda: any(node.name() == name and node.focused()
+                                       for node in self.dialog_nodes(shell, role)), 0.4, "the focus")
+                return
+            self.hands.press("tab")
+        raise AssertionError(f"Tab does not lead to {role} {name!r}:\n{self.ax.dump(shell.pid)}")
 
     # The status strip
 
