@@ -114,13 +114,14 @@ private:
 
 } // namespace
 
+// Neither is ever destroyed: threads that outlive main use them while the process ends.
+
 Queue& mainQueue() {
-    static MainQueue queue;
-    return queue;
+    static auto* const queue = new MainQueue;
+    return *queue;
 }
 
 Queue& globalQueue() {
-    // Never destroyed: its threads outlive main.
     static auto* const queue = new GlobalQueue;
     return *queue;
 }
