@@ -7,7 +7,8 @@
 int main() {
     constexpr double kLastLinesSeconds = 1.0;
 
-    const std::unique_ptr<vantorel::Platform> platform = vantorel::makeNativePlatform();
+    // Never destroyed: threads that wait for the server's end or for its output may use it while the process ends.
+    static vantorel::Platform* const platform = vantorel::makeNativePlatform().release();
     vantorel::Application& app = vantorel::require(platform->application(), "application");
     const auto delegate = std::make_shared<vantorel::AppDelegate>(*platform);
     app.setDelegate(delegate);
