@@ -3,11 +3,13 @@
 #include "platform/linux/alert_box.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "platform/linux/alert.h"
 #include "platform/linux/application.h"
 #include "platform/linux/window.h"
+#include "platform/linux/x11.h"
 
 namespace vantorel::gtk {
 namespace {
@@ -70,6 +72,19 @@ GtkWidget* makeInformativeText(const std::string& text) {
     return scroller;
 }
 
+/// Puts the box into the middle of its parent, or of the screen when it has none, and within the screen.
+void centre(GtkWindow* box) {
+    GdkSurface* own = gtk_native_get_surface(GTK_NATIVE(box));
+    GtkWindow* parent = gtk_window_get_transient_for(box);
+    const auto screen = x11::workArea(own);
+    const auto over = parent == nullptr ? screen : x11::clientArea(gtk_native_get_surface(GTK_NATIVE(parent)));
+    const auto client = x11::clientArea(own);
+    if (!screen || !over || !client)
+        return;
+    const auto extents = x11::frameExtents(own).value_or(x11::FrameExtents{});
+    x11::moveClientTo(own, boxCorner(client->size, extents, *over, *screen), extents);
+}
+
 /// The topmost window of the application: the newest alert, or the main window while it is on the screen.
 GtkWindow* parentFor(GtkApp& app) {
     if (GtkWindow* alert = app.modals().topWindow())
@@ -80,6 +95,19 @@ GtkWindow* parentFor(GtkApp& app) {
 }
 
 } // namespace
+
+Point boxCorner(Size client, const x11::FrameExtents& extents, const Rect& over, const Rect& screen) {
+    const auto along = [](double size, double before, double after, double begin, double length, double screenBegin,
+                          double screenLength) {
+        const double least = screenBegin + before;
+        const double most = screenBegin + screenLength - after - size;
+        return std::max(least, std::min(most, std::floor(begin + (length - size) / 2)));
+    };
+    return {along(client.width, extents.left, extents.right, over.origin.x, over.size.width, screen.origin.x,
+                  screen.size.width),
+            along(client.height, extents.top, extents.bottom, over.origin.y, over.size.height, screen.origin.y,
+                  screen.size.height)};
+}
 
 AlertBox::AlertBox(GtkApp& app, const AlertContent& content, std::function<void(long)> answered)
     : answered_(std::move(answered)),
@@ -108,6 +136,8 @@ AlertBox::AlertBox(GtkApp& app, const AlertContent& content, std::function<void(
         answered_(kModalAborted);
         return TRUE;
     }));
+    // Some window managers place dialogs by other rules.
+    connections_.push_back(connect<void()>(window(), "map", [this] { centre(window()); }));
     gtk_window_set_default_widget(window(), defaultButton_);
     gtk_window_set_focus(window(), field_ != nullptr ? field_ : defaultButton_);
     gtk_window_present(window());

@@ -10,6 +10,7 @@
 
 #include "platform/appkit.h"
 #include "platform/linux/object.h"
+#include "platform/linux/x11.h"
 
 namespace vantorel::gtk {
 
@@ -26,6 +27,9 @@ struct AlertContent {
     /// What Escape answers.
     long escapeCode = 0;
 };
+
+/// Where the client area of a box begins that stands in the middle of `over` and, as far as it fits, within `screen`.
+Point boxCorner(Size client, const x11::FrameExtents& extents, const Rect& over, const Rect& screen);
 
 class AlertBox {
 public:

@@ -62,6 +62,10 @@ int GtkApp::run() {
     if (g_application_register(application, nullptr, nullptr) == FALSE) {
         g_application_set_flags(application, G_APPLICATION_NON_UNIQUE);
     }
+    // GIO would end the process when the session bus goes away.
+    if (GDBusConnection* bus = g_application_get_dbus_connection(application)) {
+        g_dbus_connection_set_exit_on_close(bus, FALSE);
+    }
     return g_application_run(application, 0, nullptr);
 }
 

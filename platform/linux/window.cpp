@@ -210,10 +210,7 @@ void NativeWindow::centreNow() {
 
 Rect NativeWindow::frame() const {
     assertMainThread();
-    const GtkWidget* content = content_->core().widget();
-    const bool measured =
-        gtk_widget_get_mapped(window_.get()) != FALSE && gtk_widget_get_width(const_cast<GtkWidget*>(content)) > 0;
-    if (!measured)
+    if (gtk_widget_get_mapped(window_.get()) == FALSE)
         return lastFrame_.value_or(opening_);
 
     Rect frame = {opening_.origin, content_->bounds().size};
@@ -265,7 +262,7 @@ bool NativeWindow::isVisible() const { return gtk_widget_get_visible(window_.get
 
 bool NativeWindow::isMinimized() const { return hasState(GDK_TOPLEVEL_STATE_MINIMIZED); }
 
-bool NativeWindow::isAbove() const { return hasState(GDK_TOPLEVEL_STATE_ABOVE); }
+bool NativeWindow::isAbove() const { return x11::isAbove(surface()); }
 
 void NativeWindow::raise() { gtk_window_present_with_time(gtkWindow(), x11::serverTime(surface())); }
 

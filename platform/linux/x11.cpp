@@ -205,6 +205,15 @@ void setAbove(GdkSurface* surface, bool above) {
                 {above ? 1 : 0, static_cast<long>(target->atom("_NET_WM_STATE_ABOVE")), 0, kFromApplication, 0});
 }
 
+bool isAbove(GdkSurface* surface) {
+    const std::optional<Target> target = targetOf(surface);
+    if (!target)
+        return false;
+    const std::vector<long> states = longProperty(target->gdk, target->window, "_NET_WM_STATE", XA_ATOM);
+    const auto above = static_cast<long>(target->atom("_NET_WM_STATE_ABOVE"));
+    return std::find(states.begin(), states.end(), above) != states.end();
+}
+
 guint32 serverTime(GdkSurface* surface) {
     return surface != nullptr && GDK_IS_X11_SURFACE(surface) ? gdk_x11_get_server_time(surface) : GDK_CURRENT_TIME;
 }

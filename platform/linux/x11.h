@@ -50,6 +50,9 @@ void moveClientTo(GdkSurface* surface, Point corner, const FrameExtents& extents
 /// Asks the window manager to keep the window above all others, or no longer. For mapped windows only.
 void setAbove(GdkSurface* surface, bool above);
 
+/// Whether the window manager says that it does. GTK 4 does not pass this state on.
+bool isAbove(GdkSurface* surface);
+
 /// A time stamp that lets a window be raised although no input asked for it; GDK_CURRENT_TIME elsewhere.
 guint32 serverTime(GdkSurface* surface);
 
