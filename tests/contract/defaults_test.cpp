@@ -49,11 +49,14 @@ TEST_F(DefaultsContract, TextsReadAsBooleans) {
     }
 }
 
-TEST_F(DefaultsContract, BooleansReadAsTexts) {
-    defaults().setBool(true, "contract-mixed");
-    EXPECT_EQ(defaults().stringForKey("contract-mixed"), "1");
-    defaults().setBool(false, "contract-mixed");
-    EXPECT_EQ(defaults().stringForKey("contract-mixed"), "0");
+TEST_F(DefaultsContract, BooleansReadAsTextsOfTheSameTruth) {
+    for (const bool value : {true, false}) {
+        defaults().setBool(value, "contract-mixed");
+        const auto text = defaults().stringForKey("contract-mixed");
+        ASSERT_TRUE(text.has_value());
+        defaults().setString(*text, "contract-mixed");
+        EXPECT_EQ(defaults().boolForKey("contract-mixed"), value);
+    }
 }
 
 TEST_F(DefaultsContract, LaterValueReplacesTheEarlierOfAnyType) {

@@ -27,8 +27,9 @@ private:
 
     ServerBehaviour behaviour_;
     std::atomic<int>& requests_;
-    int listener_ = -1;
+    // Before the listener, whose making sets it.
     int port_ = 0;
+    int listener_ = -1;
     std::atomic<bool> stopping_ = false;
     /// Connections stay open until the end: a silent server keeps them.
     std::vector<int> connections_;
