@@ -50,4 +50,4 @@ ChildStep waitForever();
 /// The steps as a script for /bin/sh, without its first line.
 std::string shellScript(const std::vector<ChildStep>& steps);
 
-}  // namespace vantorel::contract
+} // namespace vantorel::contract

@@ -107,7 +107,8 @@ TEST_F(FilesContract, PermissionsOfNothingAreAnError) {
 
 TEST_F(FilesContract, WholeFilesAreReadAsText) {
     const std::string big(3'000'000, 'x');
-    for (const std::string& text : {""s, "A=1\r\nB=2\n"s, "nul \0 inside"s, "ünlaut 🤖"s, "\xEF\xBB\xBFmark"s, big}) {
+    for (const std::string& text :
+         {""s, "A=1\r\nB=2\n"s, "nul \0 inside"s, "ünlaut 🤖"s, "\xEF\xBB\xBFmark"s, big}) {
         world_->makeFile(in("file"), text, 0644);
         EXPECT_EQ(files().readUtf8File(in("file")), text);
     }
@@ -152,5 +153,5 @@ TEST_F(SurroundingsContract, AddressesAreTold) {
     EXPECT_FALSE(platform().isAddress("no address"));
 }
 
-}  // namespace
-}  // namespace vantorel::contract
+} // namespace
+} // namespace vantorel::contract

@@ -25,7 +25,9 @@ constexpr double kMoment = 0.001;
 class ChildPlayer : public std::enable_shared_from_this<ChildPlayer> {
 public:
     ChildPlayer(FakeLoop& loop, FakeProcess& process, std::vector<ChildStep> steps)
-        : loop_(loop), process_(process), steps_(std::move(steps)) {}
+        : loop_(loop),
+          process_(process),
+          steps_(std::move(steps)) {}
 
     void start() {
         process_.onTerminate = [self = shared_from_this()](FakeProcess&) { self->terminationRequested(); };
@@ -40,7 +42,8 @@ private:
     void play() {
         while (!ended_ && next_ < steps_.size()) {
             const ChildStep& step = steps_[next_++];
-            if (!perform(step)) return;
+            if (!perform(step))
+                return;
         }
         end(0);
     }
@@ -49,39 +52,49 @@ private:
     bool perform(const ChildStep& step) {
         const int whole = static_cast<int>(step.number);
         switch (step.kind) {
-            case ChildStep::Kind::printOutput: return process_.writeOutput(step.text), true;
-            case ChildStep::Kind::printError: return process_.writeError(step.text), true;
-            case ChildStep::Kind::printMany:
-                return process_.writeOutput(std::string(static_cast<std::size_t>(whole), 'x')), true;
-            case ChildStep::Kind::printEnvironment:
-                for (const auto& [name, value] : process_.childEnvironment()) {
-                    process_.writeOutput(name + "=" + value + "\n");
-                }
-                return true;
-            case ChildStep::Kind::printWorkingDirectory:
-                return process_.writeOutput(process_.currentDirectoryPath().value_or("")), true;
-            case ChildStep::Kind::pause: return continueAfter(step.number), false;
-            case ChildStep::Kind::exit: return end(whole), false;
-            case ChildStep::Kind::raise: return end(whole), false;
-            case ChildStep::Kind::ignoreTermination: return ignoring_ = true;
-            case ChildStep::Kind::exitOnTermination:
-                terminationStatus_ = whole;
-                process_.writeOutput("ready");
-                return false;
-            case ChildStep::Kind::waitForever: return false;
+        case ChildStep::Kind::printOutput:
+            return process_.writeOutput(step.text), true;
+        case ChildStep::Kind::printError:
+            return process_.writeError(step.text), true;
+        case ChildStep::Kind::printMany:
+            return process_.writeOutput(std::string(static_cast<std::size_t>(whole), 'x')), true;
+        case ChildStep::Kind::printEnvironment:
+            for (const auto& [name, value] : process_.childEnvironment()) {
+                process_.writeOutput(name + "=" + value + "\n");
+            }
+            return true;
+        case ChildStep::Kind::printWorkingDirectory:
+            return process_.writeOutput(process_.currentDirectoryPath().value_or("")), true;
+        case ChildStep::Kind::pause:
+            return continueAfter(step.number), false;
+        case ChildStep::Kind::exit:
+            return end(whole), false;
+        case ChildStep::Kind::raise:
+            return end(whole), false;
+        case ChildStep::Kind::ignoreTermination:
+            return ignoring_ = true;
+        case ChildStep::Kind::exitOnTermination:
+            terminationStatus_ = whole;
+            process_.writeOutput("ready");
+            return false;
+        case ChildStep::Kind::waitForever:
+            return false;
         }
         return false;
     }
 
     void terminationRequested() {
-        if (ignoring_) return;
+        if (ignoring_)
+            return;
         loop_.after(kMoment, [self = shared_from_this()] { self->end(self->terminationStatus_); });
     }
 
     void end(int status) {
-        if (std::exchange(ended_, true)) return;
+        if (std::exchange(ended_, true))
+            return;
         process_.standardOutput()->end();
-        if (process_.standardError() != process_.standardOutput()) process_.standardError()->end();
+        if (process_.standardError() != process_.standardOutput())
+            process_.standardError()->end();
         process_.end(status);
     }
 
@@ -101,7 +114,8 @@ public:
         platform_.onMakeProcess = [this](FakeProcess& process) {
             process.onLaunch = [this](FakeProcess& launched) {
                 const auto program = programs_.find(launched.executablePath().value());
-                if (program == programs_.end()) return;
+                if (program == programs_.end())
+                    return;
                 std::make_shared<ChildPlayer>(platform_.loop, launched, program->second)->start();
             };
         };
@@ -117,7 +131,8 @@ public:
     }
 
     ~FakeWorld() override {
-        for (std::thread& thread : globalThreads_) thread.join();
+        for (std::thread& thread : globalThreads_)
+            thread.join();
         EXPECT_THAT(platform_.recorder.violations(), ::testing::IsEmpty());
     }
 
@@ -130,10 +145,13 @@ public:
                 globalThreads_.push_back(platform_.loop.startGlobalBlock());
             }
             platform_.runMainQueue();
-            if (condition()) return true;
-            if (now() >= end) return false;
+            if (condition())
+                return true;
+            if (now() >= end)
+                return false;
             // Blocks of the global queue run on real threads; the fake's clock must not run away from them.
-            if (!globalThreads_.empty()) std::this_thread::sleep_for(std::chrono::microseconds(200));
+            if (!globalThreads_.empty())
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
             platform_.advance(std::min(0.01, end - now()));
         }
     }
@@ -198,10 +216,8 @@ private:
     std::vector<std::thread> globalThreads_;
 };
 
-}  // namespace
+} // namespace
 
-std::unique_ptr<World> makeWorld() {
-    return std::make_unique<FakeWorld>();
-}
+std::unique_ptr<World> makeWorld() { return std::make_unique<FakeWorld>(); }
 
-}  // namespace vantorel::contract
+} // namespace vantorel::contract

@@ -41,23 +41,29 @@ void send(int connection, const std::string& bytes) {
     [[maybe_unused]] const ssize_t sent = ::send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 
-}  // namespace
+} // namespace
 
 LoopbackServer::LoopbackServer(ServerBehaviour behaviour, std::atomic<int>& requests)
-    : behaviour_(behaviour), requests_(requests), listener_(listenOnLoopback(port_)), thread_([this] { serve(); }) {}
+    : behaviour_(behaviour),
+      requests_(requests),
+      listener_(listenOnLoopback(port_)),
+      thread_([this] { serve(); }) {}
 
 LoopbackServer::~LoopbackServer() {
     stopping_ = true;
     thread_.join();
-    for (const int connection : connections_) ::close(connection);
+    for (const int connection : connections_)
+        ::close(connection);
     ::close(listener_);
 }
 
 void LoopbackServer::serve() {
     while (!stopping_) {
-        if (!readable(listener_, 10)) continue;
+        if (!readable(listener_, 10))
+            continue;
         const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (connection >= 0) answer(connection);
+        if (connection >= 0)
+            answer(connection);
     }
 }
 
@@ -66,10 +72,12 @@ void LoopbackServer::answer(int connection) {
     std::array<char, 4096> chunk{};
     while (request.find("\r\n\r\n") == std::string::npos) {
         const ssize_t count = readable(connection, 2000) ? ::read(connection, chunk.data(), chunk.size()) : 0;
-        if (count <= 0) break;
+        if (count <= 0)
+            break;
         request.append(chunk.data(), static_cast<std::size_t>(count));
     }
-    if (!request.empty()) ++requests_;
+    if (!request.empty())
+        ++requests_;
     if (behaviour_.garbage) {
         send(connection, "this is no answer\n\n");
     } else if (behaviour_.endlessBody) {
@@ -93,4 +101,4 @@ int freePort() {
     return port;
 }
 
-}  // namespace vantorel::contract
+} // namespace vantorel::contract

@@ -39,4 +39,4 @@ private:
 /// A port of the loopback host that is free at this moment.
 int freePort();
 
-}  // namespace vantorel::contract
+} // namespace vantorel::contract

@@ -5,9 +5,9 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <functional>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <list>
 #include <memory>
 #include <stdexcept>
@@ -29,7 +29,8 @@ Platform& nativePlatform() {
         auto& app = dynamic_cast<gtk::GtkApp&>(*made->application());
         auto* application = G_APPLICATION(app.application());
         g_application_set_flags(application, G_APPLICATION_NON_UNIQUE);
-        if (g_application_register(application, nullptr, nullptr) == FALSE) throw std::runtime_error("no application");
+        if (g_application_register(application, nullptr, nullptr) == FALSE)
+            throw std::runtime_error("no application");
         return made;
     }();
     return *platform;
@@ -39,7 +40,8 @@ class LinuxWorld final : public World {
 public:
     LinuxWorld() {
         std::string name = (std::filesystem::temp_directory_path() / "vantorel-contract.XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no folder");
+        if (::mkdtemp(name.data()) == nullptr)
+            throw std::runtime_error("no folder");
         folder_ = std::filesystem::canonical(name).string();
     }
     ~LinuxWorld() override { std::filesystem::remove_all(folder_); }
@@ -48,7 +50,8 @@ public:
 
     bool runUntil(const std::function<bool()>& condition, double seconds) override {
         // Wakes the loop now and then, so that conditions of other threads are seen.
-        const guint pulse = g_timeout_add(2, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
+        const guint pulse = g_timeout_add(
+            2, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
         const double end = now() + seconds;
         bool holds = condition();
         while (!holds && now() < end) {
@@ -64,14 +67,16 @@ public:
     std::string folder() override { return folder_; }
     void makeFile(const std::string& path, const std::string& bytes, unsigned mode) override {
         std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-        if (::chmod(path.c_str(), mode) != 0) throw std::runtime_error("no file");
+        if (::chmod(path.c_str(), mode) != 0)
+            throw std::runtime_error("no file");
     }
     void makeLink(const std::string& path, const std::string& target) override {
         std::filesystem::create_symlink(target, path);
     }
     unsigned modeOf(const std::string& path) override {
         struct stat found {};
-        if (::stat(path.c_str(), &found) != 0) throw std::runtime_error("no file");
+        if (::stat(path.c_str(), &found) != 0)
+            throw std::runtime_error("no file");
         return found.st_mode & 07777;
     }
     std::string makeProgram(const std::vector<ChildStep>& steps) override {
@@ -80,9 +85,7 @@ public:
         return path;
     }
 
-    int serve(const ServerBehaviour& behaviour) override {
-        return servers_.emplace_back(behaviour, requests_).port();
-    }
+    int serve(const ServerBehaviour& behaviour) override { return servers_.emplace_back(behaviour, requests_).port(); }
     int closedPort() override { return freePort(); }
     int requestCount() override { return requests_; }
 
@@ -103,10 +106,8 @@ private:
     std::list<LoopbackServer> servers_;
 };
 
-}  // namespace
+} // namespace
 
-std::unique_ptr<World> makeWorld() {
-    return std::make_unique<LinuxWorld>();
-}
+std::unique_ptr<World> makeWorld() { return std::make_unique<LinuxWorld>(); }
 
-}  // namespace vantorel::contract
+} // namespace vantorel::contract

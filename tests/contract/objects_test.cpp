@@ -150,12 +150,11 @@ protected:
         return *ending;
     }
 
-    std::shared_ptr<WebView> view_ = platform().makeWebView({{0, 0}, {400, 300}}, platform().makeWebViewConfiguration());
+    std::shared_ptr<WebView> view_ =
+        platform().makeWebView({{0, 0}, {400, 300}}, platform().makeWebViewConfiguration());
 };
 
-TEST_F(WebViewContract, FrameIsTheOneAskedFor) {
-    EXPECT_EQ(view_->frame(), (Rect{{0, 0}, {400, 300}}));
-}
+TEST_F(WebViewContract, FrameIsTheOneAskedFor) { EXPECT_EQ(view_->frame(), (Rect{{0, 0}, {400, 300}})); }
 
 TEST_F(WebViewContract, ZoomIsKeptToTheLastBit) {
     EXPECT_EQ(view_->pageZoom(), 1.0);
@@ -181,14 +180,12 @@ TEST_F(WebViewContract, ScriptThatThrowsEndsWithAnError) {
     EXPECT_FALSE(ending.error->description.empty());
 }
 
-TEST_F(WebViewContract, ValueThatCannotLeaveThePageIsNoError) {
-    EXPECT_EQ(evaluate("window").error, std::nullopt);
-}
+TEST_F(WebViewContract, ValueThatCannotLeaveThePageIsNoError) { EXPECT_EQ(evaluate("window").error, std::nullopt); }
 
 TEST_F(WebViewContract, ReloadWithoutAPageDoesNothing) {
     view_->reload();
     EXPECT_EQ(evaluate("1").error, std::nullopt);
 }
 
-}  // namespace
-}  // namespace vantorel::contract
+} // namespace
+} // namespace vantorel::contract

@@ -21,14 +21,16 @@ using namespace std::string_literals;
 /// What a child has written, and how its reader was called. Any thread.
 struct Output {
     void read(FileHandle& handle) {
-        if (busy.exchange(true)) overlapping = true;
+        if (busy.exchange(true))
+            overlapping = true;
         const std::string chunk = handle.availableData();
         {
             const std::lock_guard lock(mutex);
             bytes += chunk;
             largest = std::max(largest, chunk.size());
         }
-        if (chunk.empty()) ++emptyCalls;
+        if (chunk.empty())
+            ++emptyCalls;
         busy = false;
     }
     std::string text() const {
@@ -84,7 +86,9 @@ protected:
         const auto error = process_->run();
         ASSERT_FALSE(error.has_value()) << error->localizedDescription;
     }
-    bool ended() { return runUntil([this] { return *ends_ > 0; }); }
+    bool ended() {
+        return runUntil([this] { return *ends_ > 0; });
+    }
     bool wrote(const std::string& text) {
         return runUntil([this, &text] { return output_->text() == text; });
     }
@@ -263,7 +267,8 @@ TEST_F(ProcessContract, EnvironmentReplacesTheInheritedOneAndLeavesOutWhatCannot
     EXPECT_TRUE(runUntil([this] { return output_->text().ends_with("END\n"); }));
     std::vector<std::string> lines;
     std::istringstream stream(output_->text());
-    for (std::string line; std::getline(stream, line) && line != "END";) lines.push_back(line);
+    for (std::string line; std::getline(stream, line) && line != "END";)
+        lines.push_back(line);
     EXPECT_THAT(lines, ::testing::UnorderedElementsAre("PATH=/usr/bin:/bin", "KEY = v", "EMPTY=", "export GOOD=a=b",
                                                        "ÜML=🤖"));
 }
@@ -327,5 +332,5 @@ TEST_F(ProcessContract, HandlerIsKeptWhenTheHandleIsReleased) {
     EXPECT_EQ(*endStatus_, 4);
 }
 
-}  // namespace
-}  // namespace vantorel::contract
+} // namespace
+} // namespace vantorel::contract

@@ -48,7 +48,8 @@ TEST_F(QueueContract, MainBlocksOfAnotherThreadKeepTheirOrder) {
         }
     }).join();
     EXPECT_TRUE(runUntil([&] { return order.size() == 100; }));
-    for (int i = 0; i < 100; ++i) EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(order[static_cast<std::size_t>(i)], i);
 }
 
 TEST_F(QueueContract, GlobalBlocksRunOnceOffTheMainThread) {
@@ -70,7 +71,8 @@ TEST_F(QueueContract, GlobalBlocksRunBesideEachOther) {
     for (int i = 0; i < 2; ++i) {
         platform().globalQueue().async([&] {
             ++here;
-            while (here < 2) std::this_thread::yield();
+            while (here < 2)
+                std::this_thread::yield();
             ++met;
         });
     }
@@ -160,8 +162,9 @@ TEST_F(TimerContract, GoesOnWhenTheHandleIsReleased) {
         weak = timer;
     }
     EXPECT_TRUE(runUntil([&] { return *firings >= 2; }));
-    if (const auto timer = weak.lock()) timer->invalidate();
+    if (const auto timer = weak.lock())
+        timer->invalidate();
 }
 
-}  // namespace
-}  // namespace vantorel::contract
+} // namespace
+} // namespace vantorel::contract

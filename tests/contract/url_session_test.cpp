@@ -124,5 +124,5 @@ TEST_F(UrlSessionContract, RequestsRunBesideEachOther) {
     EXPECT_TRUE(runUntil([&] { return first->completions == 1; }));
 }
 
-}  // namespace
-}  // namespace vantorel::contract
+} // namespace
+} // namespace vantorel::contract

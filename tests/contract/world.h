@@ -80,4 +80,4 @@ private:
     inline static const std::thread::id mainThread_ = std::this_thread::get_id();
 };
 
-}  // namespace vantorel::contract
+} // namespace vantorel::contract

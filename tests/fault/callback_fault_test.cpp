@@ -22,7 +22,8 @@ public:
     using Completion = std::function<void(const UrlResult&)>;
 
     explicit LooseSession(Platform& inner)
-        : ForwardingPlatform(inner), ForwardingUrlSession(inner.sharedUrlSession()) {}
+        : ForwardingPlatform(inner),
+          ForwardingUrlSession(inner.sharedUrlSession()) {}
     UrlSession& sharedUrlSession() override { return *this; }
     std::shared_ptr<DataTask> dataTask(const UrlRequest& request, Completion completion) override {
         completions.push_back(completion);
@@ -84,7 +85,8 @@ class LooseProcesses : public ForwardingPlatform {
 public:
     using ForwardingPlatform::ForwardingPlatform;
     ~LooseProcesses() override {
-        if (process) process->dropHandler();
+        if (process)
+            process->dropHandler();
     }
     std::shared_ptr<Process> makeProcess() override {
         process = std::make_shared<LooseProcess>(inner().makeProcess());
@@ -136,7 +138,8 @@ TEST_F(EndCallbacks, ChildThatEndsBetweenTheTestAndTheRequestIsNotAskedAnyMore) 
 class PromptGrants : public ForwardingPlatform, ForwardingAudioCaptureAccess {
 public:
     explicit PromptGrants(Platform& inner)
-        : ForwardingPlatform(inner), ForwardingAudioCaptureAccess(inner.audioCaptureAccess()) {}
+        : ForwardingPlatform(inner),
+          ForwardingAudioCaptureAccess(inner.audioCaptureAccess()) {}
     AudioCaptureAccess& audioCaptureAccess() override { return *this; }
     void requestAccess(std::function<void(bool)> completion) override { completion(false); }
 };
@@ -173,7 +176,8 @@ TEST_F(NothingBroken, ForwardingChangesNothing) {
 
 TEST_F(NothingBroken, TenThousandLatePostsFindNoController) {
     launchQuietly();
-    for (int i = 0; i < 10'000; ++i) shell_->updateStatus("late", SystemColor::red);
+    for (int i = 0; i < 10'000; ++i)
+        shell_->updateStatus("late", SystemColor::red);
     releaseShell();
     platform_.recorder.clear();
     platform_.runMainQueue();
@@ -225,5 +229,5 @@ TEST_F(NothingBroken, OutputThatEndsWithoutTheChildIsNoEnd) {
     EXPECT_TRUE(child().isRunning());
 }
 
-}  // namespace
-}  // namespace vantorel::fault
+} // namespace
+} // namespace vantorel::fault

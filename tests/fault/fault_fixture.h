@@ -8,7 +8,7 @@
 namespace vantorel::fault {
 
 /// `Broken` is a ForwardingPlatform that breaks something; `platform_` is the sound fake behind it.
-template <typename Broken>
+template<typename Broken>
 class FaultTest : public fake::ShellTest {
 protected:
     Platform& platform() override { return broken_; }
@@ -16,4 +16,4 @@ protected:
     Broken broken_{platform_};
 };
 
-}  // namespace vantorel::fault
+} // namespace vantorel::fault

@@ -163,4 +163,4 @@ private:
     AudioCaptureAccess& inner_;
 };
 
-}  // namespace vantorel::fault
+} // namespace vantorel::fault

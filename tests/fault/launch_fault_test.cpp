@@ -75,11 +75,14 @@ TEST_F(ModeChangeFails, ServerThatIsNotExecutableIsReportedAsAFailedStart) {
 class VanishingServer : public ForwardingPlatform, ForwardingFileManager {
 public:
     explicit VanishingServer(fake::FakePlatform& inner)
-        : ForwardingPlatform(inner), ForwardingFileManager(inner.files), fake_(inner) {}
+        : ForwardingPlatform(inner),
+          ForwardingFileManager(inner.files),
+          fake_(inner) {}
     FileManager& fileManager() override { return *this; }
     bool fileExists(const std::string& path) const override {
         const bool exists = ForwardingFileManager::fileExists(path);
-        if (path == fake::kServer) fake_.files.remove(path);
+        if (path == fake::kServer)
+            fake_.files.remove(path);
         return exists;
     }
 
@@ -102,7 +105,9 @@ TEST_F(ServerVanishes, BothFailuresAreReportedAndTheLaunchGoesOn) {
 /// Accepts everything and keeps nothing.
 class ForgetfulStore : public ForwardingPlatform, ForwardingUserDefaults {
 public:
-    explicit ForgetfulStore(Platform& inner) : ForwardingPlatform(inner), ForwardingUserDefaults(inner.userDefaults()) {}
+    explicit ForgetfulStore(Platform& inner)
+        : ForwardingPlatform(inner),
+          ForwardingUserDefaults(inner.userDefaults()) {}
     UserDefaults& userDefaults() override { return *this; }
     void setBool(bool, const std::string&) override {}
     void setString(const std::string&, const std::string&) override {}
@@ -210,8 +215,7 @@ public:
     std::shared_ptr<EventMonitor> addGlobalMonitorForKeyDown(std::function<void(const KeyEvent&)>) override {
         return nullptr;
     }
-    std::shared_ptr<EventMonitor>
-    addLocalMonitorForKeyDown(std::function<const KeyEvent*(const KeyEvent&)>) override {
+    std::shared_ptr<EventMonitor> addLocalMonitorForKeyDown(std::function<const KeyEvent*(const KeyEvent&)>) override {
         return nullptr;
     }
 };
@@ -226,5 +230,5 @@ TEST_F(MonitorsCannotBeHad, IsLoggedAndTheTimerScheduledAllTheSame) {
     EXPECT_EQ(platform_.loop.activeTimers(), 1U);
 }
 
-}  // namespace
-}  // namespace vantorel::fault
+} // namespace
+} // namespace vantorel::fault

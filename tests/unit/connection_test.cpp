@@ -39,8 +39,7 @@ TEST_F(ConnectionTest, NothingBeforeTheServerWasLaunched) {
 TEST_F(ConnectionTest, RequestIsAPlainGetWithinOneSecond) {
     probe();
     EXPECT_THAT(platform_.recorder.lines(),
-                ElementsAre("urlSession.dataTask(\"http://localhost:8080\", cache 0, 1 s) -> task1",
-                            "task1.resume()"));
+                ElementsAre("urlSession.dataTask(\"http://localhost:8080\", cache 0, 1 s) -> task1", "task1.resume()"));
     EXPECT_EQ(platform_.http.request(0), (UrlRequest{"http://localhost:8080", CachePolicy::useProtocolCachePolicy, 1}));
 }
 
@@ -158,5 +157,5 @@ TEST_F(ConnectionTest, ReturningServerTurnsGreenWithoutAReload) {
     EXPECT_EQ(page().loads().size(), 1U);
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

@@ -32,7 +32,8 @@ std::string expectedScript(const std::string& name) {
 }
 
 TEST(HotkeyScript, IsExactlyThisForEveryName) {
-    for (const auto& [code, name] : hotkeyTable()) EXPECT_EQ(hotkeyScript(name), expectedScript(name));
+    for (const auto& [code, name] : hotkeyTable())
+        EXPECT_EQ(hotkeyScript(name), expectedScript(name));
 }
 
 class DispatchTest : public ShellTest {
@@ -99,5 +100,5 @@ TEST_F(DispatchDeathTest, WithoutAWebViewTheProcessEnds) {
     EXPECT_DEATH(shell_->triggerHotkey("voice"), "webView");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

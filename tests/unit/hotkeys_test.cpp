@@ -27,11 +27,10 @@ constexpr std::uint64_t kCommand = 0x100000;
 constexpr std::uint64_t kChord = kShift | kControl | kOption | kCommand;
 
 TEST(HotkeyTable, ThirteenKeysWithTheirNames) {
-    EXPECT_THAT(hotkeyTable(),
-                ElementsAre(Pair(1, "screenshot_active"), Pair(2, "design"), Pair(3, "voice_design"), Pair(4, "help"),
-                            Pair(6, "stop"), Pair(11, "screenshot_browser"), Pair(12, "sql"), Pair(13, "clear"),
-                            Pair(15, "review"), Pair(32, "quiz"), Pair(34, "status"), Pair(46, "algo"),
-                            Pair(49, "voice")));
+    EXPECT_THAT(hotkeyTable(), ElementsAre(Pair(1, "screenshot_active"), Pair(2, "design"), Pair(3, "voice_design"),
+                                           Pair(4, "help"), Pair(6, "stop"), Pair(11, "screenshot_browser"),
+                                           Pair(12, "sql"), Pair(13, "clear"), Pair(15, "review"), Pair(32, "quiz"),
+                                           Pair(34, "status"), Pair(46, "algo"), Pair(49, "voice")));
 }
 
 TEST(HotkeyTable, NamesNeedNoEscaping) {
@@ -67,8 +66,8 @@ TEST_F(HotkeysTest, ChordInAnotherApplication) {
     EXPECT_THAT(logOf(1, kChord, KeyTarget::otherApplication, "S"),
                 ElementsAre("🌍 Global event (outside app): keyCode=1",
                             "🔔 Key event detected: keyCode=1, modifiers=1966080, characters=S",
-                            "   Modifiers: Shift=true, Ctrl=true, Option=true, Cmd=true",
-                            "   ✅ All modifiers present!", "🔥 Hotkey detected: screenshot_active (keyCode: 1)",
+                            "   Modifiers: Shift=true, Ctrl=true, Option=true, Cmd=true", "   ✅ All modifiers present!",
+                            "🔥 Hotkey detected: screenshot_active (keyCode: 1)",
                             "📤 Triggering hotkey via WebSocket: screenshot_active"));
     EXPECT_EQ(page().scripts().size(), 1U);
 }
@@ -79,9 +78,8 @@ TEST_F(HotkeysTest, ChordInTheOwnWindowGoesOnIntoIt) {
     EXPECT_THAT(log_.lines(),
                 ElementsAre("🏠 Local event (inside app): keyCode=49",
                             "🔔 Key event detected: keyCode=49, modifiers=1966080, characters=nil",
-                            "   Modifiers: Shift=true, Ctrl=true, Option=true, Cmd=true",
-                            "   ✅ All modifiers present!", "🔥 Hotkey detected: voice (keyCode: 49)",
-                            "📤 Triggering hotkey via WebSocket: voice"));
+                            "   Modifiers: Shift=true, Ctrl=true, Option=true, Cmd=true", "   ✅ All modifiers present!",
+                            "🔥 Hotkey detected: voice (keyCode: 49)", "📤 Triggering hotkey via WebSocket: voice"));
 }
 
 TEST_F(HotkeysTest, EveryKeyOfTheTableTriggersItsName) {
@@ -93,8 +91,8 @@ TEST_F(HotkeysTest, EveryKeyOfTheTableTriggersItsName) {
 }
 
 TEST_F(HotkeysTest, OtherBitsDoNotMatter) {
-    for (const std::uint64_t more : {0x10000ULL, 0x200000ULL, 0x400000ULL, 0x800000ULL, 0x10FULL,
-                                     0xFFFFFFFFFFE1FFFFULL}) {
+    for (const std::uint64_t more :
+         {0x10000ULL, 0x200000ULL, 0x400000ULL, 0x800000ULL, 0x10FULL, 0xFFFFFFFFFFE1FFFFULL}) {
         EXPECT_THAT(logOf(6, kChord | more, KeyTarget::otherApplication),
                     Contains("🔥 Hotkey detected: stop (keyCode: 6)"));
     }
@@ -111,9 +109,9 @@ TEST_F(HotkeysTest, MissingModifiersAreNamedInOrder) {
     EXPECT_THAT(logOf(1, 0, KeyTarget::ownWindow, "s"),
                 ElementsAre("🏠 Local event (inside app): keyCode=1",
                             "🔔 Key event detected: keyCode=1, modifiers=0, characters=s",
-                            "   Modifiers: Shift=false, Ctrl=false, Option=false, Cmd=false", "   ⚠️ Missing: Shift",
-                            "   ⚠️ Missing: Ctrl", "   ⚠️ Missing: Option", "   ⚠️ Missing: Cmd",
-                            "   ❌ Not all modifiers pressed - ignoring"));
+                            "   Modifiers: Shift=false, Ctrl=false, Option=false, Cmd=false",
+                            "   ⚠️ Missing: Shift", "   ⚠️ Missing: Ctrl", "   ⚠️ Missing: Option",
+                            "   ⚠️ Missing: Cmd", "   ❌ Not all modifiers pressed - ignoring"));
     EXPECT_THAT(logOf(1, kChord & ~kCommand, KeyTarget::otherApplication, "S"),
                 ElementsAre("🌍 Global event (outside app): keyCode=1",
                             "🔔 Key event detected: keyCode=1, modifiers=917504, characters=S",
@@ -146,8 +144,8 @@ TEST_F(HotkeysTest, ChordWithAKeyThatIsNotInTheTable) {
     EXPECT_THAT(logOf(0, kChord, KeyTarget::otherApplication, "A"),
                 ElementsAre("🌍 Global event (outside app): keyCode=0",
                             "🔔 Key event detected: keyCode=0, modifiers=1966080, characters=A",
-                            "   Modifiers: Shift=true, Ctrl=true, Option=true, Cmd=true",
-                            "   ✅ All modifiers present!", "⚠️ Unknown keyCode: 0 with all modifiers",
+                            "   Modifiers: Shift=true, Ctrl=true, Option=true, Cmd=true", "   ✅ All modifiers present!",
+                            "⚠️ Unknown keyCode: 0 with all modifiers",
                             "   Available keyCodes: [1, 2, 3, 4, 6, 11, 12, 13, 15, 32, 34, 46, 49]"));
     EXPECT_THAT(page().scripts(), IsEmpty());
 }
@@ -157,7 +155,8 @@ TEST_F(HotkeysTest, KeyIsAPositionWhateverItTypes) {
 }
 
 TEST_F(HotkeysTest, RepeatsOfAHeldKeyCountEachTime) {
-    for (int i = 0; i < 5; ++i) press(1, kChord, KeyTarget::otherApplication);
+    for (int i = 0; i < 5; ++i)
+        press(1, kChord, KeyTarget::otherApplication);
     EXPECT_EQ(page().scripts().size(), 5U);
     EXPECT_EQ(log_.count("🔥 Hotkey detected: screenshot_active (keyCode: 1)"), 5U);
 }
@@ -238,5 +237,5 @@ TEST_F(HotkeySetupTest, EverySetupInstallsAFreshPair) {
     EXPECT_EQ(platform_.keyboard.localCount(), 2U);
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

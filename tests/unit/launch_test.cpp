@@ -21,7 +21,8 @@ class LaunchTest : public ShellTest {
 protected:
     std::int64_t portWith(const std::optional<std::string>& value) {
         platform_.surroundings.variables.clear();
-        if (value) platform_.surroundings.variables["WEBSOCKET_PORT"] = *value;
+        if (value)
+            platform_.surroundings.variables["WEBSOCKET_PORT"] = *value;
         return std::make_shared<AppDelegate>(platform_)->websocketPort();
     }
 };
@@ -257,8 +258,7 @@ TEST_F(LaunchTest, TheWholeSequenceIsOneRecord) {
     shell_->applicationDidFinishLaunching();
 
     std::vector<std::string> expected;
-    for (const auto& steps :
-         {windowSteps(), pageSteps(), menuSteps(), showSteps(), serverSteps(), hotkeySteps()}) {
+    for (const auto& steps : {windowSteps(), pageSteps(), menuSteps(), showSteps(), serverSteps(), hotkeySteps()}) {
         expected.insert(expected.end(), steps.begin(), steps.end());
     }
     EXPECT_EQ(joined(platform_.recorder.lines()), joined(expected));
@@ -382,5 +382,5 @@ TEST_F(LaunchTest, OperationsComeInOrderAndTheTimerCallsTheCheck) {
     EXPECT_EQ(std::count(shell->calls.begin(), shell->calls.end(), "checkServerConnection"), 2);
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

@@ -26,7 +26,8 @@ constexpr double kLongEnough = 30;
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
     return lines;
 }
 
@@ -75,7 +76,8 @@ TEST(Log, LinesOfManyThreadsNeverInterleave) {
                 }
             });
         }
-        for (std::thread& thread : threads) thread.join();
+        for (std::thread& thread : threads)
+            thread.join();
         flushLog(kLongEnough);
     });
     std::map<int, int> next;
@@ -89,14 +91,16 @@ TEST(Log, LinesOfManyThreadsNeverInterleave) {
     }
     EXPECT_EQ(child.wait(), 0);
     ASSERT_EQ(next.size(), static_cast<std::size_t>(kThreads));
-    for (const auto& [thread, count] : next) EXPECT_EQ(count, kLines) << "thread " << thread;
+    for (const auto& [thread, count] : next)
+        EXPECT_EQ(count, kLines) << "thread " << thread;
 }
 
 TEST(Log, AStalledReaderNeverHoldsUpALine) {
     constexpr int kLines = 4000;
     ForkedChild child([] {
         // Forty times what a pipe holds.
-        for (int i = 0; i < kLines; ++i) logLine(lineOf(0, i, 700));
+        for (int i = 0; i < kLines; ++i)
+            logLine(lineOf(0, i, 700));
         reportProgress();
         flushLog(kLongEnough);
     });
@@ -104,13 +108,15 @@ TEST(Log, AStalledReaderNeverHoldsUpALine) {
     const auto lines = linesOf(child.readOutput());
     EXPECT_EQ(child.wait(), 0);
     ASSERT_EQ(lines.size(), static_cast<std::size_t>(kLines));
-    for (int i = 0; i < kLines; ++i) ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(0, i, 700));
+    for (int i = 0; i < kLines; ++i)
+        ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(0, i, 700));
 }
 
 TEST(Log, BulkWaitsForAReaderThatLagsFarBehind) {
     constexpr int kLines = 400;
     ForkedChild child([] {
-        for (int i = 0; i < kLines; ++i) logBulk(lineOf(1, i, 60'000));
+        for (int i = 0; i < kLines; ++i)
+            logBulk(lineOf(1, i, 60'000));
         reportProgress();
         flushLog(kLongEnough);
     });
@@ -119,43 +125,51 @@ TEST(Log, BulkWaitsForAReaderThatLagsFarBehind) {
     EXPECT_TRUE(child.waitForReport(20'000));
     EXPECT_EQ(child.wait(), 0);
     ASSERT_EQ(lines.size(), static_cast<std::size_t>(kLines));
-    for (int i = 0; i < kLines; ++i) ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(1, i, 60'000));
+    for (int i = 0; i < kLines; ++i)
+        ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(1, i, 60'000));
 }
 
 TEST(Log, ALineDoesNotWaitBehindBulkThatDoes) {
     ForkedChild child([] {
         std::thread bulk([] {
-            for (int i = 0; i < 400; ++i) logBulk(lineOf(1, i, 60'000));
+            for (int i = 0; i < 400; ++i)
+                logBulk(lineOf(1, i, 60'000));
         });
-        for (int i = 0; i < 1000; ++i) logLine("short");
+        for (int i = 0; i < 1000; ++i)
+            logLine("short");
         reportProgress();
         bulk.join();
         flushLog(kLongEnough);
     });
     ASSERT_TRUE(child.waitForReport(20'000));
     std::size_t shorts = 0;
-    for (const std::string& line : linesOf(child.readOutput())) shorts += line == "short" ? 1 : 0;
+    for (const std::string& line : linesOf(child.readOutput()))
+        shorts += line == "short" ? 1 : 0;
     EXPECT_EQ(shorts, 1000U);
     EXPECT_EQ(child.wait(), 0);
 }
 
 TEST(Log, OrderOfLinesAndBulkIsTheOrderOfTheCalls) {
     ForkedChild child([] {
-        for (int i = 0; i < 500; ++i) (i % 2 == 0 ? logLine : logBulk)(lineOf(0, i, 900));
+        for (int i = 0; i < 500; ++i)
+            (i % 2 == 0 ? logLine : logBulk)(lineOf(0, i, 900));
         reportProgress();
         flushLog(kLongEnough);
     });
     ASSERT_TRUE(child.waitForReport(20'000));
     const auto lines = linesOf(child.readOutput());
     ASSERT_EQ(lines.size(), 500U);
-    for (int i = 0; i < 500; ++i) ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(0, i, 900));
+    for (int i = 0; i < 500; ++i)
+        ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(0, i, 900));
 }
 
 TEST(Log, AReaderThatLeftCostsTheLinesOnly) {
     ForkedChild child([] {
         // The test closes the other end before it sends this copy on.
-        for (int i = 0; i < 20'000; ++i) logLine("into the void");
-        for (int i = 0; i < 200; ++i) logBulk(lineOf(0, i, 60'000));
+        for (int i = 0; i < 20'000; ++i)
+            logLine("into the void");
+        for (int i = 0; i < 200; ++i)
+            logBulk(lineOf(0, i, 60'000));
         flushLog(kLongEnough);
         reportProgress();
     });
@@ -166,7 +180,8 @@ TEST(Log, AReaderThatLeftCostsTheLinesOnly) {
 
 TEST(Log, AReaderThatLeavesAStalledPipeFreesTheWriter) {
     ForkedChild child([] {
-        for (int i = 0; i < 2000; ++i) logLine(lineOf(0, i, 700));
+        for (int i = 0; i < 2000; ++i)
+            logLine(lineOf(0, i, 700));
         reportProgress();
         flushLog(kLongEnough);
         reportProgress();
@@ -181,26 +196,25 @@ TEST(Log, AReaderThatLeavesAStalledPipeFreesTheWriter) {
 int exitCodeWithOutputOn(const char* path, int flags) {
     ForkedChild child([path, flags] {
         const int other = ::open(path, flags, 0600);
-        if (other < 0 || ::dup2(other, STDOUT_FILENO) < 0) ::_exit(98);
-        for (int i = 0; i < 1000; ++i) logLine("somewhere");
+        if (other < 0 || ::dup2(other, STDOUT_FILENO) < 0)
+            ::_exit(98);
+        for (int i = 0; i < 1000; ++i)
+            logLine("somewhere");
         logBulk(std::string(200'000, 'x'));
         flushLog(kLongEnough);
     });
     return child.wait();
 }
 
-TEST(Log, AFullDiskCostsTheLinesOnly) {
-    EXPECT_EQ(exitCodeWithOutputOn("/dev/full", O_WRONLY), 0);
-}
+TEST(Log, AFullDiskCostsTheLinesOnly) { EXPECT_EQ(exitCodeWithOutputOn("/dev/full", O_WRONLY), 0); }
 
-TEST(Log, AnOutputThatCannotBeWrittenCostsTheLinesOnly) {
-    EXPECT_EQ(exitCodeWithOutputOn("/dev/null", O_RDONLY), 0);
-}
+TEST(Log, AnOutputThatCannotBeWrittenCostsTheLinesOnly) { EXPECT_EQ(exitCodeWithOutputOn("/dev/null", O_RDONLY), 0); }
 
 TEST(Log, AClosedOutputCostsTheLinesOnly) {
     ForkedChild child([] {
         ::close(STDOUT_FILENO);
-        for (int i = 0; i < 1000; ++i) logLine("nowhere");
+        for (int i = 0; i < 1000; ++i)
+            logLine("nowhere");
         flushLog(kLongEnough);
     });
     EXPECT_EQ(child.wait(), 0);
@@ -210,19 +224,22 @@ TEST(Log, AnOutputThatNeverBlocksLosesNothing) {
     constexpr int kLines = 3000;
     ForkedChild child([] {
         ::fcntl(STDOUT_FILENO, F_SETFL, ::fcntl(STDOUT_FILENO, F_GETFL) | O_NONBLOCK);
-        for (int i = 0; i < kLines; ++i) logLine(lineOf(0, i, 700));
+        for (int i = 0; i < kLines; ++i)
+            logLine(lineOf(0, i, 700));
         reportProgress();
         flushLog(kLongEnough);
     });
     ASSERT_TRUE(child.waitForReport(20'000));
     const auto lines = linesOf(child.readOutput());
     ASSERT_EQ(lines.size(), static_cast<std::size_t>(kLines));
-    for (int i = 0; i < kLines; ++i) ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(0, i, 700));
+    for (int i = 0; i < kLines; ++i)
+        ASSERT_EQ(lines[static_cast<std::size_t>(i)], lineOf(0, i, 700));
 }
 
 TEST(Log, FlushGivesUpAfterItsTime) {
     ForkedChild child([] {
-        for (int i = 0; i < 1000; ++i) logLine(lineOf(0, i, 700));
+        for (int i = 0; i < 1000; ++i)
+            logLine(lineOf(0, i, 700));
         flushLog(0.05);
         reportProgress();
         flushLog(kLongEnough);
@@ -243,7 +260,8 @@ TEST(Log, SinkGetsTheLinesOnTheCallingThreadAndMayLogItself) {
     setLogSink([&](std::string_view line) {
         seen.emplace_back(line);
         threads.push_back(std::this_thread::get_id());
-        if (line == "outer") logLine("inner");
+        if (line == "outer")
+            logLine("inner");
     });
     logLine("outer");
     std::thread::id other;
@@ -269,7 +287,8 @@ TEST(Log, StandardOutputIsBackAfterASink) {
 
 TEST(Require, AMissingObjectIsNamedAndTheLogWrittenFirst) {
     ForkedChild child([] {
-        for (int i = 0; i < 200; ++i) logLine(lineOf(0, i, 700));
+        for (int i = 0; i < 200; ++i)
+            logLine(lineOf(0, i, 700));
         const std::shared_ptr<int> nothing;
         require(nothing, "the thing");
     });
@@ -285,5 +304,5 @@ TEST(Require, AnObjectThatIsThereIsGivenBack) {
     EXPECT_EQ(&require(number.get(), "number"), number.get());
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

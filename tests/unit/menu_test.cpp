@@ -43,8 +43,7 @@ protected:
         std::vector<std::string> items;
         for (std::size_t i = 0; i < menu.size(); ++i) {
             const FakeMenuItem& item = menu.at(i);
-            items.push_back(item.isSeparator() ? "-"
-                                               : item.title() + "|" + item.keyEquivalent() + "|" + item.action());
+            items.push_back(item.isSeparator() ? "-" : item.title() + "|" + item.keyEquivalent() + "|" + item.action());
         }
         return items;
     }
@@ -59,8 +58,8 @@ TEST_F(MenuTest, ThreeMenusWithTheirItems) {
                 ElementsAre("About Vantor||showAbout", "-", "Always on Top|t|toggleAlwaysOnTop",
                             "Hide in Screenshots|h|toggleHideInScreenshots", "-", "Quit|q|terminate:"));
     EXPECT_EQ(submenu(1).title(), "View");
-    EXPECT_THAT(shownItems(submenu(1)), ElementsAre("Reload|r|reload", "Actual Size|0|resetZoom", "Zoom In|+|zoomIn",
-                                                    "Zoom Out|-|zoomOut"));
+    EXPECT_THAT(shownItems(submenu(1)),
+                ElementsAre("Reload|r|reload", "Actual Size|0|resetZoom", "Zoom In|+|zoomIn", "Zoom Out|-|zoomOut"));
     EXPECT_EQ(submenu(2).title(), "Window");
     EXPECT_THAT(shownItems(submenu(2)), ElementsAre("Minimize|m|miniaturize:", "Zoom||zoom:"));
 }
@@ -153,5 +152,5 @@ TEST_F(MenuDeathTest, WithoutAnApplicationTheProcessEnds) {
     EXPECT_DEATH(shell_->createMenu(), "missing");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

@@ -44,9 +44,9 @@ TEST_F(ModesTest, AlwaysOnTopThereAndBack) {
     EXPECT_TRUE(saved("alwaysOnTop"));
     platform_.recorder.clear();
     shell_->toggleAlwaysOnTop();
-    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("window1.setLevel(0)",
-                                                        "userDefaults.setBool(false, \"alwaysOnTop\")",
-                                                        "item4.setState(0)"));
+    EXPECT_THAT(
+        platform_.recorder.lines(),
+        ElementsAre("window1.setLevel(0)", "userDefaults.setBool(false, \"alwaysOnTop\")", "item4.setState(0)"));
     EXPECT_FALSE(shell_->alwaysOnTop());
     EXPECT_FALSE(saved("alwaysOnTop"));
 }
@@ -54,15 +54,15 @@ TEST_F(ModesTest, AlwaysOnTopThereAndBack) {
 TEST_F(ModesTest, HideInScreenshotsThereAndBack) {
     launchQuietly();
     shell_->toggleHideInScreenshots();
-    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("window1.setSharingType(1)",
-                                                        "userDefaults.setBool(false, \"hideInScreenshots\")",
-                                                        "item5.setState(0)"));
+    EXPECT_THAT(platform_.recorder.lines(),
+                ElementsAre("window1.setSharingType(1)", "userDefaults.setBool(false, \"hideInScreenshots\")",
+                            "item5.setState(0)"));
     EXPECT_FALSE(shell_->hideInScreenshots());
     platform_.recorder.clear();
     shell_->toggleHideInScreenshots();
-    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("window1.setSharingType(0)",
-                                                        "userDefaults.setBool(true, \"hideInScreenshots\")",
-                                                        "item5.setState(1)"));
+    EXPECT_THAT(platform_.recorder.lines(),
+                ElementsAre("window1.setSharingType(0)", "userDefaults.setBool(true, \"hideInScreenshots\")",
+                            "item5.setState(1)"));
     EXPECT_TRUE(shell_->hideInScreenshots());
 }
 
@@ -159,5 +159,5 @@ TEST_F(ModesDeathTest, WithoutAnApplicationTheProcessEnds) {
     EXPECT_DEATH(shell_->toggleHideInScreenshots(), "missing");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

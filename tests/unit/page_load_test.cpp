@@ -27,12 +27,10 @@ protected:
 
 TEST_F(PageLoadTest, RequestIsLoggedAndNeverServedFromACache) {
     shell_->loadWebPage();
-    EXPECT_THAT(platform_.recorder.lines(),
-                ElementsAre("log \"🌐 Loading: http://localhost:8080/\"",
-                            "webView1.load(\"http://localhost:8080/\", cache 4, 30 s)"));
-    EXPECT_THAT(page().loads(),
-                ElementsAre(UrlRequest{"http://localhost:8080/", CachePolicy::reloadIgnoringLocalAndRemoteCacheData,
-                                       30}));
+    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("log \"🌐 Loading: http://localhost:8080/\"",
+                                                        "webView1.load(\"http://localhost:8080/\", cache 4, 30 s)"));
+    EXPECT_THAT(page().loads(), ElementsAre(UrlRequest{"http://localhost:8080/",
+                                                       CachePolicy::reloadIgnoringLocalAndRemoteCacheData, 30}));
 }
 
 TEST_F(PageLoadTest, PortIsReadAfreshEachTime) {
@@ -85,8 +83,7 @@ TEST_F(PageLoadTest, SecondLoadLetsTheFirstFailAsAnyOther) {
     page().failProvisionally({"cancelled", "cancelled"});
     page().finish();
     EXPECT_THAT(log_.lines(), ElementsAre("🌐 Loading: http://localhost:8080/", "🌐 Loading: http://localhost:8080/",
-                                          "❌ Provisional navigation failed: cancelled",
-                                          "✅ Page loaded successfully"));
+                                          "❌ Provisional navigation failed: cancelled", "✅ Page loaded successfully"));
     expectStatus("❌ Failed to connect: cancelled", SystemColor::red);
 }
 
@@ -108,5 +105,5 @@ TEST_F(PageLoadDeathTest, WithoutAWebViewTheProcessEnds) {
     EXPECT_DEATH(shell_->loadWebPage(), "webView");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

@@ -36,9 +36,8 @@ protected:
 
 TEST_F(PanelsTest, NewWindowGoesToTheBrowser) {
     EXPECT_EQ(page().openWindow("https://example.org/a?b=c#d"), nullptr);
-    EXPECT_THAT(platform_.recorder.lines(),
-                ElementsAre("log \"🌐 Opening URL in browser: https://example.org/a?b=c#d\"",
-                            "workspace.openUrl(\"https://example.org/a?b=c#d\")"));
+    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("log \"🌐 Opening URL in browser: https://example.org/a?b=c#d\"",
+                                                        "workspace.openUrl(\"https://example.org/a?b=c#d\")"));
     EXPECT_THAT(page().loads(), IsEmpty());
 }
 
@@ -46,8 +45,8 @@ TEST_F(PanelsTest, EverySchemeIsHandedOn) {
     for (const char* address : {"http://localhost:8080/", "mailto:me@example.org", "file:///etc/hosts", "x-own:1"}) {
         EXPECT_EQ(page().openWindow(address), nullptr);
     }
-    EXPECT_THAT(platform_.desktop.opened(), ElementsAre("http://localhost:8080/", "mailto:me@example.org",
-                                                        "file:///etc/hosts", "x-own:1"));
+    EXPECT_THAT(platform_.desktop.opened(),
+                ElementsAre("http://localhost:8080/", "mailto:me@example.org", "file:///etc/hosts", "x-own:1"));
 }
 
 TEST_F(PanelsTest, NewWindowWithoutAnAddressIsDropped) {
@@ -136,7 +135,8 @@ TEST_F(PanelsTest, EachPanelIsAFreshAlert) {
     confirmed(1001);
     page().alert("x", [] {});
     EXPECT_EQ(platform_.alerts.size(), 3U);
-    for (const auto& shown : platform_.alerts) EXPECT_EQ(shown->runCount(), 1);
+    for (const auto& shown : platform_.alerts)
+        EXPECT_EQ(shown->runCount(), 1);
 }
 
 TEST_F(PanelsTest, TheRestGoesOnWhileAPanelIsUp) {
@@ -159,5 +159,5 @@ TEST_F(PanelsTest, PanelsLeaveLogAndStripAlone) {
     EXPECT_EQ(platform_.recorder.count("mainQueue.async()"), 0U);
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

@@ -28,9 +28,8 @@ protected:
 TEST_F(PermissionsTest, LaterLaunchesOnlySaySo) {
     platform_.defaults.values["hasRequestedPermissions"] = true;
     request();
-    EXPECT_THAT(platform_.recorder.lines(),
-                ElementsAre("userDefaults.boolForKey(\"hasRequestedPermissions\")",
-                            "log \"✅ Permissions already requested in previous launch\""));
+    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("userDefaults.boolForKey(\"hasRequestedPermissions\")",
+                                                        "log \"✅ Permissions already requested in previous launch\""));
 }
 
 TEST_F(PermissionsTest, MarkerThatIsFalseAsksAgain) {
@@ -45,9 +44,8 @@ TEST_F(PermissionsTest, NothingGrantedSoFar) {
     EXPECT_THAT(platform_.recorder.lines(),
                 ElementsAre("userDefaults.boolForKey(\"hasRequestedPermissions\")",
                             "log \"🔐 First launch - requesting system permissions...\"",
-                            "screenCaptureAccess.preflight()",
-                            "log \"🖥️ Requesting screen recording access...\"", "screenCaptureAccess.request()",
-                            "audioCaptureAccess.authorizationStatus()",
+                            "screenCaptureAccess.preflight()", "log \"🖥️ Requesting screen recording access...\"",
+                            "screenCaptureAccess.request()", "audioCaptureAccess.authorizationStatus()",
                             "log \"🎤 Requesting microphone access...\"", "audioCaptureAccess.requestAccess()",
                             "userDefaults.setBool(true, \"hasRequestedPermissions\")"));
 
@@ -66,8 +64,8 @@ TEST_F(PermissionsTest, MicrophoneRefused) {
     log_.take();
     platform_.microphone.answer(false);
     platform_.runMainQueue();
-    EXPECT_THAT(log_.lines(), ElementsAre("❌ Microphone access denied",
-                                          "🔑 Accessibility access requested (system prompt shown)"));
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("❌ Microphone access denied", "🔑 Accessibility access requested (system prompt shown)"));
     EXPECT_TRUE(marker());
 }
 
@@ -92,10 +90,10 @@ TEST_F(PermissionsTest, DeniedOrRestrictedMicrophoneGoesOnAtOnce) {
         platform_.microphone.status = status;
         log_.take();
         request();
-        EXPECT_THAT(log_.lines(),
-                    ElementsAre("🔐 First launch - requesting system permissions...",
-                                "🖥️ Requesting screen recording access...", "✅ Microphone status: denied/restricted",
-                                "🔑 Accessibility access requested (system prompt shown)"));
+        EXPECT_THAT(log_.lines(), ElementsAre("🔐 First launch - requesting system permissions...",
+                                              "🖥️ Requesting screen recording access...",
+                                              "✅ Microphone status: denied/restricted",
+                                              "🔑 Accessibility access requested (system prompt shown)"));
         EXPECT_EQ(platform_.microphone.requestCount(), 0U);
         EXPECT_TRUE(marker());
     }
@@ -109,8 +107,8 @@ TEST_F(PermissionsTest, MicrophoneAnswerHoldsTheController) {
     EXPECT_FALSE(weak.expired());
     platform_.microphone.answer(true);
     platform_.runMainQueue();
-    EXPECT_THAT(log_.lines(), ElementsAre("✅ Microphone access granted",
-                                          "🔑 Accessibility access requested (system prompt shown)"));
+    EXPECT_THAT(log_.lines(),
+                ElementsAre("✅ Microphone access granted", "🔑 Accessibility access requested (system prompt shown)"));
     EXPECT_TRUE(weak.expired());
 }
 
@@ -132,5 +130,5 @@ TEST_F(PermissionsTest, SecondLaunchAsksNothing) {
     EXPECT_EQ(next.recorder.countStartingWith("accessibility.isProcessTrustedWithOptions"), 0U);
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

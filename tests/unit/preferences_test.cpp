@@ -112,9 +112,7 @@ TEST_F(PreferencesTest, UnreadableFrameGivesTheZeroRectangle) {
     EXPECT_EQ(platform_.recorder.count("makeWindow({{0, 0}, {0, 0}}, 15) -> window1"), 1U);
 }
 
-TEST_F(PreferencesTest, EmptyFrameTextIsAStoredFrame) {
-    EXPECT_EQ(launchedWith(std::string()), (Size{0, 0}));
-}
+TEST_F(PreferencesTest, EmptyFrameTextIsAStoredFrame) { EXPECT_EQ(launchedWith(std::string()), (Size{0, 0})); }
 
 TEST_F(PreferencesTest, MissingNumbersCountAsZero) {
     EXPECT_EQ(launchedWith(std::string("{{1, 2}, {300")), (Size{300, 0}));
@@ -157,13 +155,31 @@ TEST(PortText, TakesTheWholeTextAsADecimalInteger) {
 }
 
 TEST(PortText, RefusesEverythingElse) {
-    for (const std::string_view text :
-         {"", "+", "-", "+-1", "-+1", "++1", "80a", "a80", " 80", "80 ", "8 0", "\t80", "80\n", "8,080", "80.0",
-          "0x10", "1e3", "9223372036854775808", "-9223372036854775809", "99999999999999999999999", "１"}) {
+    for (const std::string_view text : {"",
+                                        "+",
+                                        "-",
+                                        "+-1",
+                                        "-+1",
+                                        "++1",
+                                        "80a",
+                                        "a80",
+                                        " 80",
+                                        "80 ",
+                                        "8 0",
+                                        "\t80",
+                                        "80\n",
+                                        "8,080",
+                                        "80.0",
+                                        "0x10",
+                                        "1e3",
+                                        "9223372036854775808",
+                                        "-9223372036854775809",
+                                        "99999999999999999999999",
+                                        "１"}) {
         EXPECT_EQ(portFromText(text), std::nullopt) << text;
     }
     EXPECT_EQ(portFromText(std::string_view("80\0", 3)), std::nullopt);
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

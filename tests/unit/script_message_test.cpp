@@ -13,9 +13,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-ScriptValue text(const std::string& value) {
-    return {value};
-}
+ScriptValue text(const std::string& value) { return {value}; }
 
 ScriptValue recordOf(ScriptValue type, ScriptValue message) {
     return {ScriptValue::Dictionary{{"type", std::move(type)}, {"message", std::move(message)}}};
@@ -102,5 +100,5 @@ TEST_F(ScriptMessageTest, PostsForAControllerThatIsGoneDoNothing) {
     EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

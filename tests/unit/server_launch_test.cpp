@@ -104,16 +104,16 @@ TEST_F(ServerLaunchTest, MissingServerIsReportedAndEndsTheStart) {
     platform_.files.remove(kServer);
     platform_.files.addFile(kEnvFile, "A=1");
     start();
-    EXPECT_EQ(joined(platform_.recorder.lines()),
-              joined({"log \"\\n========================================\"",
-                      "log \"🔴 ENTERING startGoServer() method\"",
-                      "log \"========================================\\n\"", "mainQueue.async()",
-                      "log \"📁 App bundle: /Applications/Vantorel.app\"",
-                      "log \"📁 Resources path: /Applications/Vantorel.app/Contents/Resources\"",
-                      "log \"📁 Server path: /Applications/Vantorel.app/Contents/Resources/vantor-srv\"",
-                      "log \"📁 .env path: /Applications/Vantorel.app/Contents/Resources/.env\"",
-                      "fileManager.fileExists(\"/Applications/Vantorel.app/Contents/Resources/vantor-srv\")",
-                      "mainQueue.async()", "mainQueue.async()"}));
+    EXPECT_EQ(
+        joined(platform_.recorder.lines()),
+        joined({"log \"\\n========================================\"", "log \"🔴 ENTERING startGoServer() method\"",
+                "log \"========================================\\n\"", "mainQueue.async()",
+                "log \"📁 App bundle: /Applications/Vantorel.app\"",
+                "log \"📁 Resources path: /Applications/Vantorel.app/Contents/Resources\"",
+                "log \"📁 Server path: /Applications/Vantorel.app/Contents/Resources/vantor-srv\"",
+                "log \"📁 .env path: /Applications/Vantorel.app/Contents/Resources/.env\"",
+                "fileManager.fileExists(\"/Applications/Vantorel.app/Contents/Resources/vantor-srv\")",
+                "mainQueue.async()", "mainQueue.async()"}));
     expectStatus("❌ Server binary not found at: /Applications/Vantorel.app/Contents/Resources/vantor-srv",
                  SystemColor::red);
     EXPECT_EQ(alert().messageText(), "Server binary not found");
@@ -185,9 +185,9 @@ TEST_F(ServerLaunchTest, EnvironmentReplacesTheInheritedOne) {
     platform_.surroundings.variables = {{"HOME", "/home/me"}, {"PATH", "/bin"}, {"WEBSOCKET_PORT", "9000"}};
     platform_.files.addFile(kEnvFile, "PATH=/opt\r\n# PATH=/no\r\nDISABLE_NATIVE_HOTKEYS=0\r\nWEBSOCKET_PORT=1\r\n");
     start();
-    EXPECT_THAT(given(), ElementsAre(Pair("DISABLE_NATIVE_HOTKEYS", "true"), Pair("HOME", "/home/me"),
-                                     Pair("PATH", "/opt"), Pair("WEBSOCKET_ENABLED", "true"),
-                                     Pair("WEBSOCKET_PORT", "9000")));
+    EXPECT_THAT(given(),
+                ElementsAre(Pair("DISABLE_NATIVE_HOTKEYS", "true"), Pair("HOME", "/home/me"), Pair("PATH", "/opt"),
+                            Pair("WEBSOCKET_ENABLED", "true"), Pair("WEBSOCKET_PORT", "9000")));
     EXPECT_EQ(log_.count("🌍 Environment: WEBSOCKET_ENABLED=true, WEBSOCKET_PORT=9000, DISABLE_NATIVE_HOTKEYS=true"),
               1U);
 }
@@ -217,7 +217,8 @@ TEST_F(ServerLaunchTest, DirectoryInTheFilesPlaceGivesNoEntry) {
 TEST_F(ServerLaunchTest, FileThatAppearsBetweenTheTwoTestsIsRead) {
     int tests = 0;
     platform_.files.onExistenceTest = [this, &tests](const std::string& path) {
-        if (path == kEnvFile && ++tests == 2) platform_.files.addFile(kEnvFile, "LATE=1");
+        if (path == kEnvFile && ++tests == 2)
+            platform_.files.addFile(kEnvFile, "LATE=1");
     };
     start();
     EXPECT_EQ(tests, 2);
@@ -229,7 +230,8 @@ TEST_F(ServerLaunchTest, FileThatVanishesBetweenTheTwoTestsIsNotRead) {
     platform_.files.addFile(kEnvFile, "A=1");
     int tests = 0;
     platform_.files.onExistenceTest = [this, &tests](const std::string& path) {
-        if (path == kEnvFile && ++tests == 2) platform_.files.remove(kEnvFile);
+        if (path == kEnvFile && ++tests == 2)
+            platform_.files.remove(kEnvFile);
     };
     start();
     EXPECT_EQ(given().size(), 3U);
@@ -245,5 +247,5 @@ TEST_F(ServerLaunchTest, InheritedEnvironmentIsReadAfresh) {
     EXPECT_EQ(given().at("LATER"), "1");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

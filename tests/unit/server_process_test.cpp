@@ -272,5 +272,5 @@ TEST_F(ServerProcessTest, NothingIsLaunchedAgain) {
     EXPECT_EQ(platform_.recorder.countStartingWith("makeProcess"), 0U);
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

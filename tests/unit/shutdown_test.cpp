@@ -68,9 +68,9 @@ TEST_F(ShutdownTest, EndedServerIsLeftAlone) {
     platform_.runMainQueue();
     platform_.recorder.clear();
     shell_->applicationWillTerminate();
-    EXPECT_THAT(platform_.recorder.lines(),
-                ElementsAre("userDefaults.setString(\"{{270, 61}, {900, 778}}\", \"windowFrame\")",
-                            "timer1.invalidate()"));
+    EXPECT_THAT(
+        platform_.recorder.lines(),
+        ElementsAre("userDefaults.setString(\"{{270, 61}, {900, 778}}\", \"windowFrame\")", "timer1.invalidate()"));
     EXPECT_EQ(child().terminateRequests(), 0);
 }
 
@@ -135,9 +135,8 @@ TEST_F(ShutdownTest, ExitDuringTheEndIsStillReported) {
     shell_->applicationWillTerminate();
     child().end(15);
     platform_.runGlobalQueue();
-    EXPECT_THAT(log_.lines(),
-                ElementsAre("🛑 Stopping Go server...", "🛑 Server process terminated with exit code: 15",
-                            "✅ Go server stopped"));
+    EXPECT_THAT(log_.lines(), ElementsAre("🛑 Stopping Go server...",
+                                          "🛑 Server process terminated with exit code: 15", "✅ Go server stopped"));
 }
 
 class ShutdownDeathTest : public ShutdownTest {
@@ -150,5 +149,5 @@ TEST_F(ShutdownDeathTest, WithoutAWindowTheProcessEnds) {
     EXPECT_DEATH(shell_->applicationWillTerminate(), "window");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

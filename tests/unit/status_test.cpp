@@ -78,8 +78,8 @@ TEST_F(StatusTest, UpdateTakesEffectLaterAndInTwoSteps) {
     shell_->updateStatus("one", SystemColor::red);
     EXPECT_THAT(platform_.recorder.lines(), ElementsAre("mainQueue.async()"));
     platform_.runMainQueue();
-    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("mainQueue.async()", "textField1.setStringValue(\"one\")",
-                                                        "textField1.setTextColor(red)"));
+    EXPECT_THAT(platform_.recorder.lines(),
+                ElementsAre("mainQueue.async()", "textField1.setStringValue(\"one\")", "textField1.setTextColor(red)"));
 }
 
 TEST_F(StatusTest, LastCallWins) {
@@ -212,5 +212,5 @@ TEST_F(StatusDeathTest, RestoringAFloatingWindowThatIsAbsentEndsTheProcess) {
     EXPECT_DEATH(shell_->restorePreferences(), "window");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

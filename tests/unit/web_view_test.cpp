@@ -154,5 +154,5 @@ TEST_F(WebViewDeathTest, WithoutAContentViewForTheFrameTheProcessEnds) {
     EXPECT_DEATH(shell_->createWebView(), "content");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

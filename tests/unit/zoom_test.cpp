@@ -69,9 +69,8 @@ TEST_F(ZoomTest, EachActionIsOneCall) {
     shell_->zoomOut();
     shell_->resetZoom();
     shell_->reload();
-    EXPECT_THAT(platform_.recorder.lines(),
-                ElementsAre("webView1.setPageZoom(1.1)", "webView1.setPageZoom(1)", "webView1.setPageZoom(1)",
-                            "webView1.reload()"));
+    EXPECT_THAT(platform_.recorder.lines(), ElementsAre("webView1.setPageZoom(1.1)", "webView1.setPageZoom(1)",
+                                                        "webView1.setPageZoom(1)", "webView1.reload()"));
     EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
@@ -95,5 +94,5 @@ TEST_F(ZoomDeathTest, WithoutAWebViewTheProcessEnds) {
     EXPECT_DEATH(shell_->zoomOut(), "webView");
 }
 
-}  // namespace
-}  // namespace vantorel::fake
+} // namespace
+} // namespace vantorel::fake

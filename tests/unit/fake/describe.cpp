@@ -11,10 +11,17 @@ std::string quoted(std::string_view text) {
     std::string result = "\"";
     for (const char character : text) {
         switch (character) {
-            case '\n': result += "\\n"; break;
-            case '\r': result += "\\r"; break;
-            case '\0': result += "\\0"; break;
-            default: result += character;
+        case '\n':
+            result += "\\n";
+            break;
+        case '\r':
+            result += "\\r";
+            break;
+        case '\0':
+            result += "\\0";
+            break;
+        default:
+            result += character;
         }
     }
     return result + '"';
@@ -26,34 +33,35 @@ std::string shown(double number) {
     return {buffer.data(), end};
 }
 
-std::string shown(bool value) {
-    return value ? "true" : "false";
-}
+std::string shown(bool value) { return value ? "true" : "false"; }
 
 std::string shown(const Rect& rect) {
     return "{{" + shown(rect.origin.x) + ", " + shown(rect.origin.y) + "}, " + shown(rect.size) + "}";
 }
 
-std::string shown(const Size& size) {
-    return "{" + shown(size.width) + ", " + shown(size.height) + "}";
-}
+std::string shown(const Size& size) { return "{" + shown(size.width) + ", " + shown(size.height) + "}"; }
 
 namespace {
 
 std::string shownSystemColor(SystemColor color) {
     switch (color) {
-        case SystemColor::clear: return "clear";
-        case SystemColor::orange: return "orange";
-        case SystemColor::red: return "red";
-        case SystemColor::systemGreen: return "systemGreen";
+    case SystemColor::clear:
+        return "clear";
+    case SystemColor::orange:
+        return "orange";
+    case SystemColor::red:
+        return "red";
+    case SystemColor::systemGreen:
+        return "systemGreen";
     }
     return "unknown";
 }
 
-}  // namespace
+} // namespace
 
 std::string shown(const Color& color) {
-    if (const auto* system = std::get_if<SystemColor>(&color)) return shownSystemColor(*system);
+    if (const auto* system = std::get_if<SystemColor>(&color))
+        return shownSystemColor(*system);
     const auto& rgb = std::get<CalibratedRgb>(color);
     return "rgba(" + shown(rgb.red) + ", " + shown(rgb.green) + ", " + shown(rgb.blue) + ", " + shown(rgb.alpha) + ")";
 }
@@ -62,4 +70,4 @@ PlatformError makeError(const std::string& text) {
     return {.localizedDescription = text, .description = "FakeError(" + text + ")"};
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

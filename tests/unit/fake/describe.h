@@ -26,4 +26,4 @@ std::string shown(const Color& color);
 /// An error as the fake words it: `text` for people, and "FakeError(text)" as its printed form.
 PlatformError makeError(const std::string& text);
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -11,7 +11,8 @@ void AlertUser::willAnswer(long code) {
 }
 
 long AlertUser::answer(FakeAlert& alert) {
-    if (answers_.empty()) return kAlertFirstButtonReturn;
+    if (answers_.empty())
+        return kAlertFirstButtonReturn;
     const AlertAnswer answer = std::move(answers_.front());
     answers_.pop_front();
     ++depth_;
@@ -54,4 +55,4 @@ long FakeAlert::runModal() {
     return code;
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -39,7 +39,9 @@ private:
 class FakeAlert final : public Alert {
 public:
     FakeAlert(Record& record, std::string name, AlertUser& user)
-        : record_(record), name_(std::move(name)), user_(user) {}
+        : record_(record),
+          name_(std::move(name)),
+          user_(user) {}
 
     void setMessageText(const std::string& text) override;
     void setInformativeText(const std::string& text) override;
@@ -70,4 +72,4 @@ private:
     int runCount_ = 0;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -11,15 +11,17 @@ namespace {
 FakeMenuItem* findIn(const Menu& menu, const std::function<bool(const FakeMenuItem&)>& matches) {
     for (const auto& item : menu.itemArray()) {
         auto& entry = dynamic_cast<FakeMenuItem&>(*item);
-        if (matches(entry)) return &entry;
+        if (matches(entry))
+            return &entry;
         if (const auto submenu = entry.submenu()) {
-            if (FakeMenuItem* found = findIn(*submenu, matches)) return found;
+            if (FakeMenuItem* found = findIn(*submenu, matches))
+                return found;
         }
     }
     return nullptr;
 }
 
-}  // namespace
+} // namespace
 
 void FakeApplication::setDelegate(std::weak_ptr<ApplicationDelegate> delegate) {
     record_.addOnMain("application.setDelegate()");
@@ -28,8 +30,10 @@ void FakeApplication::setDelegate(std::weak_ptr<ApplicationDelegate> delegate) {
 
 int FakeApplication::run() {
     record_.addOnMain("application.run()");
-    if (const auto delegate = delegate_.lock()) delegate->applicationDidFinishLaunching();
-    if (whileRunning) whileRunning();
+    if (const auto delegate = delegate_.lock())
+        delegate->applicationDidFinishLaunching();
+    if (whileRunning)
+        whileRunning();
     terminate();
     return 0;
 }
@@ -58,27 +62,33 @@ bool FakeApplication::pressCommand(const std::string& key) {
 }
 
 bool FakeApplication::send(const Selector& action) {
-    if (action.empty()) return false;
+    if (action.empty())
+        return false;
     if (action == "terminate:") {
         terminate();
         return true;
     }
     if (const auto window = keyWindow.lock()) {
-        if (action == "miniaturize:") return window->miniaturize(), true;
-        if (action == "zoom:") return window->zoom(), true;
+        if (action == "miniaturize:")
+            return window->miniaturize(), true;
+        if (action == "zoom:")
+            return window->zoom(), true;
     }
     const auto delegate = delegate_.lock();
     return delegate && delegate->performAction(action);
 }
 
 void FakeApplication::terminate() {
-    if (std::exchange(terminated_, true)) return;
-    if (const auto delegate = delegate_.lock()) delegate->applicationWillTerminate();
+    if (std::exchange(terminated_, true))
+        return;
+    if (const auto delegate = delegate_.lock())
+        delegate->applicationWillTerminate();
 }
 
 void FakeApplication::lastWindowClosed() {
     const auto delegate = delegate_.lock();
-    if (delegate && delegate->applicationShouldTerminateAfterLastWindowClosed()) terminate();
+    if (delegate && delegate->applicationShouldTerminateAfterLastWindowClosed())
+        terminate();
 }
 
 void FakeWorkspace::openUrl(const std::string& address) {
@@ -89,7 +99,8 @@ void FakeWorkspace::openUrl(const std::string& address) {
 std::shared_ptr<EventMonitor>
 FakeEventMonitors::addGlobalMonitorForKeyDown(std::function<void(const KeyEvent&)> handler) {
     record_.addOnMain("eventMonitors.addGlobalMonitorForKeyDown()");
-    if (!globalAvailable) return nullptr;
+    if (!globalAvailable)
+        return nullptr;
     globals_.push_back(std::move(handler));
     return std::make_shared<EventMonitor>();
 }
@@ -97,7 +108,8 @@ FakeEventMonitors::addGlobalMonitorForKeyDown(std::function<void(const KeyEvent&
 std::shared_ptr<EventMonitor>
 FakeEventMonitors::addLocalMonitorForKeyDown(std::function<const KeyEvent*(const KeyEvent&)> handler) {
     record_.addOnMain("eventMonitors.addLocalMonitorForKeyDown()");
-    if (!localAvailable) return nullptr;
+    if (!localAvailable)
+        return nullptr;
     locals_.push_back(std::move(handler));
     return std::make_shared<EventMonitor>();
 }
@@ -105,16 +117,18 @@ FakeEventMonitors::addLocalMonitorForKeyDown(std::function<const KeyEvent*(const
 bool FakeEventMonitors::press(const KeyEvent& event, KeyTarget target) {
     if (target == KeyTarget::otherApplication) {
         if (trusted) {
-            for (const auto& handler : globals_) handler(event);
+            for (const auto& handler : globals_)
+                handler(event);
         }
         return true;
     }
     const KeyEvent* going = &event;
     for (const auto& handler : locals_) {
         going = handler(*going);
-        if (going == nullptr) return false;
+        if (going == nullptr)
+            return false;
     }
     return going == &event;
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

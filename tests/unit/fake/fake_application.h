@@ -95,4 +95,4 @@ private:
     std::vector<std::function<const KeyEvent*(const KeyEvent&)>> locals_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -12,15 +12,18 @@ namespace vantorel::fake {
 
 bool FakeFileManager::fileExists(const std::string& path) const {
     record_.addOnMain("fileManager.fileExists(" + quoted(path) + ")");
-    if (onExistenceTest) onExistenceTest(path);
+    if (onExistenceTest)
+        onExistenceTest(path);
     return exists(path);
 }
 
 std::optional<PlatformError> FakeFileManager::setPosixPermissions(const std::string& path, unsigned mode) {
     record_.addOnMain("fileManager.setPosixPermissions(" + quoted(path) + ", " + std::to_string(mode) + ")");
-    if (permissionError) return permissionError;
+    if (permissionError)
+        return permissionError;
     const auto found = nodes_.find(path);
-    if (found == nodes_.end()) return makeError("No such file.");
+    if (found == nodes_.end())
+        return makeError("No such file.");
     found->second.mode = mode;
     return std::nullopt;
 }
@@ -28,7 +31,8 @@ std::optional<PlatformError> FakeFileManager::setPosixPermissions(const std::str
 std::optional<std::string> FakeFileManager::readUtf8File(const std::string& path) const {
     record_.addOnMain("fileManager.readUtf8File(" + quoted(path) + ")");
     const Node* node = resolve(path);
-    if (node == nullptr || node->isDirectory || !node->readable || !isValidUtf8(node->bytes)) return std::nullopt;
+    if (node == nullptr || node->isDirectory || !node->readable || !isValidUtf8(node->bytes))
+        return std::nullopt;
     return node->bytes;
 }
 
@@ -51,7 +55,8 @@ bool FakeFileManager::isExecutable(const std::string& path) const {
 
 bool FakeFileManager::isProgram(const std::string& path) const {
     const Node* node = resolve(path);
-    return node != nullptr && (node->bytes.starts_with("#!") || node->bytes.starts_with("\x7F" "ELF"));
+    return node != nullptr && (node->bytes.starts_with("#!") || node->bytes.starts_with("\x7F"
+                                                                                        "ELF"));
 }
 
 bool FakeFileManager::isDirectory(const std::string& path) const {
@@ -61,7 +66,8 @@ bool FakeFileManager::isDirectory(const std::string& path) const {
 
 const FakeFileManager::Node* FakeFileManager::resolve(const std::string& path) const {
     const auto found = nodes_.find(path);
-    if (found == nodes_.end()) return nullptr;
+    if (found == nodes_.end())
+        return nullptr;
     return found->second.linkTarget ? resolve(*found->second.linkTarget) : &found->second;
 }
 
@@ -88,27 +94,35 @@ bool truthy(const std::string& text) {
     return word == "yes" || word == "true" || word == "1";
 }
 
-}  // namespace
+} // namespace
 
 bool FakeUserDefaults::boolForKey(const std::string& key) const {
     record_.addOnMain("userDefaults.boolForKey(" + quoted(key) + ")");
     const auto found = values.find(key);
-    if (found == values.end()) return false;
+    if (found == values.end())
+        return false;
     const Value& value = found->second;
-    if (const auto* boolean = std::get_if<bool>(&value)) return *boolean;
-    if (const auto* integer = std::get_if<std::int64_t>(&value)) return *integer != 0;
-    if (const auto* number = std::get_if<double>(&value)) return *number != 0;
+    if (const auto* boolean = std::get_if<bool>(&value))
+        return *boolean;
+    if (const auto* integer = std::get_if<std::int64_t>(&value))
+        return *integer != 0;
+    if (const auto* number = std::get_if<double>(&value))
+        return *number != 0;
     return truthy(std::get<std::string>(value));
 }
 
 std::optional<std::string> FakeUserDefaults::stringForKey(const std::string& key) const {
     record_.addOnMain("userDefaults.stringForKey(" + quoted(key) + ")");
     const auto found = values.find(key);
-    if (found == values.end()) return std::nullopt;
+    if (found == values.end())
+        return std::nullopt;
     const Value& value = found->second;
-    if (const auto* boolean = std::get_if<bool>(&value)) return *boolean ? "1" : "0";
-    if (const auto* integer = std::get_if<std::int64_t>(&value)) return std::to_string(*integer);
-    if (const auto* number = std::get_if<double>(&value)) return shown(*number);
+    if (const auto* boolean = std::get_if<bool>(&value))
+        return *boolean ? "1" : "0";
+    if (const auto* integer = std::get_if<std::int64_t>(&value))
+        return std::to_string(*integer);
+    if (const auto* number = std::get_if<double>(&value))
+        return shown(*number);
     return std::get<std::string>(value);
 }
 
@@ -122,4 +136,4 @@ void FakeUserDefaults::setString(const std::string& value, const std::string& ke
     values[key] = value;
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

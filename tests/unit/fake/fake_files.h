@@ -94,4 +94,4 @@ private:
     Record& record_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -14,9 +14,7 @@ bool FakeScreenCaptureAccess::preflight() {
     return allowed;
 }
 
-void FakeScreenCaptureAccess::request() {
-    record_.addOnMain("screenCaptureAccess.request()");
-}
+void FakeScreenCaptureAccess::request() { record_.addOnMain("screenCaptureAccess.request()"); }
 
 AuthorizationStatus FakeAudioCaptureAccess::authorizationStatus() {
     record_.addOnMain("audioCaptureAccess.authorizationStatus()");
@@ -44,4 +42,4 @@ bool FakeAccessibility::isProcessTrustedWithOptions(bool prompt) {
     return trusted;
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

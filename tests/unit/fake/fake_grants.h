@@ -55,4 +55,4 @@ private:
     Record& record_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

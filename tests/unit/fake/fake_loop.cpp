@@ -11,7 +11,10 @@ namespace vantorel::fake {
 class FakeLoop::LoopTimer : public Timer {
 public:
     LoopTimer(Record& record, std::string name, double interval, std::function<void()> block)
-        : record_(record), name_(std::move(name)), interval_(interval), block_(std::move(block)) {}
+        : record_(record),
+          name_(std::move(name)),
+          interval_(interval),
+          block_(std::move(block)) {}
 
     void invalidate() override {
         record_.addOnMain(name_ + ".invalidate()");
@@ -61,7 +64,8 @@ std::shared_ptr<Timer> FakeLoop::scheduleTimer(double seconds, std::function<voi
 void FakeLoop::armTimer(const std::shared_ptr<LoopTimer>& timer, double due) {
     const std::lock_guard lock(mutex_);
     schedule(due, [this, timer, due] {
-        if (!timer->valid()) return;
+        if (!timer->valid())
+            return;
         armTimer(timer, due + timer->interval());
         timer->fire();
     });
@@ -77,7 +81,8 @@ bool FakeLoop::runOneMainBlock() {
     std::function<void()> block;
     {
         const std::lock_guard lock(mutex_);
-        if (mainBlocks_.empty()) return false;
+        if (mainBlocks_.empty())
+            return false;
         block = std::move(mainBlocks_.front());
         mainBlocks_.pop_front();
     }
@@ -86,19 +91,22 @@ bool FakeLoop::runOneMainBlock() {
 }
 
 void FakeLoop::runMainQueue() {
-    while (runOneMainBlock()) {}
+    while (runOneMainBlock()) {
+    }
 }
 
 std::thread FakeLoop::startGlobalBlock() {
     const std::lock_guard lock(mutex_);
-    if (globalBlocks_.empty()) return std::thread([] {});
+    if (globalBlocks_.empty())
+        return std::thread([] {});
     std::function<void()> block = std::move(globalBlocks_.front());
     globalBlocks_.pop_front();
     return std::thread(std::move(block));
 }
 
 void FakeLoop::runGlobalQueue() {
-    while (pendingGlobalBlocks() > 0) startGlobalBlock().join();
+    while (pendingGlobalBlocks() > 0)
+        startGlobalBlock().join();
 }
 
 void FakeLoop::advance(double seconds) {
@@ -109,7 +117,8 @@ void FakeLoop::advance(double seconds) {
         {
             const std::lock_guard lock(mutex_);
             const auto next = scheduled_.begin();
-            if (next == scheduled_.end() || next->first.first > target) break;
+            if (next == scheduled_.end() || next->first.first > target)
+                break;
             now_ = std::max(now_, next->first.first);
             step = std::move(next->second);
             scheduled_.erase(next);
@@ -145,4 +154,4 @@ void FakeLoop::clear() {
     scheduled_.clear();
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

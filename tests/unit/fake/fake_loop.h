@@ -84,4 +84,4 @@ private:
     std::vector<std::weak_ptr<LoopTimer>> timers_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

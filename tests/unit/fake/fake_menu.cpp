@@ -8,7 +8,11 @@ namespace vantorel::fake {
 
 FakeMenuItem::FakeMenuItem(Record& record, std::string name, Kind kind, std::string title, Selector action,
                            std::string keyEquivalent)
-    : record_(record), name_(std::move(name)), kind_(kind), title_(std::move(title)), action_(std::move(action)),
+    : record_(record),
+      name_(std::move(name)),
+      kind_(kind),
+      title_(std::move(title)),
+      action_(std::move(action)),
       keyEquivalent_(std::move(keyEquivalent)) {}
 
 void FakeMenuItem::setState(ControlState state) {
@@ -22,7 +26,9 @@ void FakeMenuItem::setSubmenu(std::shared_ptr<Menu> submenu) {
 }
 
 FakeMenu::FakeMenu(Record& record, std::string name, std::string title)
-    : record_(record), name_(std::move(name)), title_(std::move(title)) {}
+    : record_(record),
+      name_(std::move(name)),
+      title_(std::move(title)) {}
 
 void FakeMenu::addItem(std::shared_ptr<MenuItem> item) {
     record_.addOnMain(name_ + ".addItem(" + dynamic_cast<FakeMenuItem&>(*item).name() + ")");
@@ -33,4 +39,4 @@ std::shared_ptr<MenuItem> FakeMenu::itemAtIndex(std::size_t index) const {
     return index < items_.size() ? items_[index] : nullptr;
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -64,4 +64,4 @@ private:
     std::vector<std::shared_ptr<MenuItem>> items_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -14,28 +14,30 @@ namespace {
 
 constexpr std::int32_t kFirstProcessIdentifier = 4242;
 
-}  // namespace
+} // namespace
 
 FakePlatform::~FakePlatform() {
     // Handlers of a child may hold the controller, which holds the child: the end of the platform breaks the circle.
-    for (const auto& process : processes) process->forgetHandlers();
-    for (const auto& pipe : pipes) pipe->forgetHandler();
-    for (const auto& view : webViews) view->forgetCompletions();
+    for (const auto& process : processes)
+        process->forgetHandlers();
+    for (const auto& pipe : pipes)
+        pipe->forgetHandler();
+    for (const auto& view : webViews)
+        view->forgetCompletions();
     microphone.forget();
     http.forget();
     loop.clear();
 }
 
-std::string FakePlatform::nameFor(const std::string& kind) {
-    return kind + std::to_string(++made_[kind]);
-}
+std::string FakePlatform::nameFor(const std::string& kind) { return kind + std::to_string(++made_[kind]); }
 
 std::shared_ptr<Window> FakePlatform::makeWindow(Rect contentRect, unsigned style) {
     const std::string name = nameFor("window");
     recorder.addOnMain("makeWindow(" + shown(contentRect) + ", " + std::to_string(style) + ") -> " + name);
     auto window = std::make_shared<FakeWindow>(recorder, name, contentRect, style);
     window->onClose = [this] { app.lastWindowClosed(); };
-    if (onMakeWindow) onMakeWindow(*window);
+    if (onMakeWindow)
+        onMakeWindow(*window);
     windows.push_back(window);
     app.keyWindow = window;
     return window;
@@ -45,7 +47,8 @@ std::shared_ptr<View> FakePlatform::makeView(Rect frame) {
     const std::string name = nameFor("view");
     recorder.addOnMain("makeView(" + shown(frame) + ") -> " + name);
     views.push_back(std::make_shared<FakeView>(recorder, name, frame));
-    if (onMakeView) onMakeView(*views.back());
+    if (onMakeView)
+        onMakeView(*views.back());
     return views.back();
 }
 
@@ -83,13 +86,9 @@ std::shared_ptr<MenuItem> FakePlatform::makeSeparatorItem() {
     return std::make_shared<FakeMenuItem>(recorder, name, FakeMenuItem::Kind::separator, "", "", "");
 }
 
-std::string FakePlatform::stringFromRect(Rect rect) {
-    return rectText(rect);
-}
+std::string FakePlatform::stringFromRect(Rect rect) { return rectText(rect); }
 
-Rect FakePlatform::rectFromString(const std::string& text) {
-    return rectFromText(text);
-}
+Rect FakePlatform::rectFromString(const std::string& text) { return rectFromText(text); }
 
 std::shared_ptr<WebViewConfiguration> FakePlatform::makeWebViewConfiguration() {
     const std::string name = nameFor("configuration");
@@ -102,7 +101,8 @@ std::shared_ptr<WebView> FakePlatform::makeWebView(Rect frame, std::shared_ptr<W
     auto made = std::dynamic_pointer_cast<FakeWebViewConfiguration>(std::move(configuration));
     recorder.addOnMain("makeWebView(" + shown(frame) + ", " + made->name() + ") -> " + name);
     webViews.push_back(std::make_shared<FakeWebView>(recorder, name, frame, std::move(made)));
-    if (onMakeWebView) onMakeWebView(*webViews.back());
+    if (onMakeWebView)
+        onMakeWebView(*webViews.back());
     return webViews.back();
 }
 
@@ -111,7 +111,8 @@ std::shared_ptr<Process> FakePlatform::makeProcess() {
     recorder.addOnMain("makeProcess() -> " + name);
     const auto identifier = kFirstProcessIdentifier + static_cast<std::int32_t>(processes.size());
     processes.push_back(std::make_shared<FakeProcess>(recorder, name, files, identifier));
-    if (onMakeProcess) onMakeProcess(*processes.back());
+    if (onMakeProcess)
+        onMakeProcess(*processes.back());
     return processes.back();
 }
 
@@ -122,9 +123,7 @@ std::shared_ptr<Pipe> FakePlatform::makePipe() {
     return pipes.back();
 }
 
-bool FakePlatform::isAddress(const std::string& text) {
-    return !refusesAddresses && isLoadableAddress(text);
-}
+bool FakePlatform::isAddress(const std::string& text) { return !refusesAddresses && isLoadableAddress(text); }
 
 std::shared_ptr<Timer> FakePlatform::scheduleRepeatingTimer(double seconds, std::function<void()> block) {
     const std::string name = nameFor("timer");
@@ -132,4 +131,4 @@ std::shared_ptr<Timer> FakePlatform::scheduleRepeatingTimer(double seconds, std:
     return loop.scheduleTimer(seconds, std::move(block), name);
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

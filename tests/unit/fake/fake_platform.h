@@ -113,4 +113,4 @@ private:
     std::map<std::string, int> made_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

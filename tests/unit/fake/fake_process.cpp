@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kLargestChunk = 64 * 1024;
 
-}  // namespace
+} // namespace
 
 void FakePipe::setReadabilityHandler(std::function<void(FileHandle&)> handler) {
     record_.addOnMain(name_ + ".setReadabilityHandler()");
@@ -45,7 +45,8 @@ void FakePipe::writeDirectly(const std::string& bytes) {
 
 void FakePipe::end() {
     onBackgroundThread([this] {
-        if (handler_) handler_(*this);
+        if (handler_)
+            handler_(*this);
     });
 }
 
@@ -80,10 +81,14 @@ void FakeProcess::setTerminationHandler(std::function<void(Process&)> handler) {
 }
 
 std::optional<PlatformError> FakeProcess::launchProblem() const {
-    if (launchError) return launchError;
-    if (!executablePath_ || !files_.exists(*executablePath_)) return makeError("The server file doesn’t exist.");
-    if (!files_.isExecutable(*executablePath_)) return makeError("The server file can’t be executed.");
-    if (!files_.isProgram(*executablePath_)) return makeError("The server file is no program of this machine.");
+    if (launchError)
+        return launchError;
+    if (!executablePath_ || !files_.exists(*executablePath_))
+        return makeError("The server file doesn’t exist.");
+    if (!files_.isExecutable(*executablePath_))
+        return makeError("The server file can’t be executed.");
+    if (!files_.isProgram(*executablePath_))
+        return makeError("The server file is no program of this machine.");
     if (currentDirectoryPath_ && !files_.isDirectory(*currentDirectoryPath_)) {
         return makeError("The working directory doesn’t exist.");
     }
@@ -92,7 +97,8 @@ std::optional<PlatformError> FakeProcess::launchProblem() const {
 
 std::optional<PlatformError> FakeProcess::run() {
     record_.addOnMain(name_ + ".run()");
-    if (auto problem = launchProblem()) return problem;
+    if (auto problem = launchProblem())
+        return problem;
     {
         const std::lock_guard lock(mutex_);
         if (state_ != State::notLaunched) {
@@ -101,7 +107,8 @@ std::optional<PlatformError> FakeProcess::run() {
         }
         state_ = State::running;
     }
-    if (onLaunch) onLaunch(*this);
+    if (onLaunch)
+        onLaunch(*this);
     return std::nullopt;
 }
 
@@ -122,23 +129,28 @@ std::int32_t FakeProcess::terminationStatus() const {
 
 void FakeProcess::terminate() {
     record_.addOnMain(name_ + ".terminate()");
-    if (!isRunning()) return;
+    if (!isRunning())
+        return;
     ++terminateRequests_;
-    if (onTerminate) onTerminate(*this);
+    if (onTerminate)
+        onTerminate(*this);
 }
 
 void FakeProcess::waitUntilExit() {
-    if (record_.onMainThread()) record_.addViolation("on the main thread: " + name_ + ".waitUntilExit()");
+    if (record_.onMainThread())
+        record_.addViolation("on the main thread: " + name_ + ".waitUntilExit()");
     std::unique_lock lock(mutex_);
     ended_.wait(lock, [this] { return state_ != State::running; });
 }
 
 void FakeProcess::writeOutput(const std::string& bytes) {
-    if (standardOutput_) standardOutput_->write(bytes);
+    if (standardOutput_)
+        standardOutput_->write(bytes);
 }
 
 void FakeProcess::writeError(const std::string& bytes) {
-    if (standardError_) standardError_->write(bytes);
+    if (standardError_)
+        standardError_->write(bytes);
 }
 
 void FakeProcess::endUnnoticed(std::int32_t status) {
@@ -150,7 +162,8 @@ void FakeProcess::endUnnoticed(std::int32_t status) {
 
 void FakeProcess::callTerminationHandler() {
     const auto handler = terminationHandler_;
-    if (!handler) return;
+    if (!handler)
+        return;
     onBackgroundThread([this, &handler] { handler(*this); });
 }
 
@@ -168,13 +181,15 @@ void FakeProcess::forgetHandlers() {
 
 Environment FakeProcess::childEnvironment() const {
     Environment held;
-    if (!environment_) return held;
+    if (!environment_)
+        return held;
     for (const auto& [name, value] : *environment_) {
         const bool holdable = !name.empty() && name.find('=') == std::string::npos &&
                               name.find('\0') == std::string::npos && value.find('\0') == std::string::npos;
-        if (holdable) held.emplace(name, value);
+        if (holdable)
+            held.emplace(name, value);
     }
     return held;
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -24,8 +24,8 @@ public:
     void setReadabilityHandler(std::function<void(FileHandle&)> handler) override;
     std::string availableData() override;
 
-    /// Output arrives: the handler is called on a thread of its own until it has read everything, and this returns then.
-    /// Without a handler the bytes wait.
+    /// Output arrives: the handler is called on a thread of its own until it has read everything, and this returns
+    /// then. Without a handler the bytes wait.
     void write(const std::string& bytes);
     /// As write, with the handler called on the calling thread.
     void writeDirectly(const std::string& bytes);
@@ -48,7 +48,10 @@ private:
 class FakeProcess final : public Process {
 public:
     FakeProcess(Record& record, std::string name, FakeFileManager& files, std::int32_t identifier)
-        : record_(record), name_(std::move(name)), files_(files), futureIdentifier_(identifier) {}
+        : record_(record),
+          name_(std::move(name)),
+          files_(files),
+          futureIdentifier_(identifier) {}
 
     void setExecutablePath(const std::string& path) override;
     std::optional<std::string> executablePath() const override { return executablePath_; }
@@ -118,4 +121,4 @@ private:
     std::int32_t status_ = 0;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -11,12 +11,15 @@ namespace vantorel::fake {
 class FakeUrlSession::Task final : public DataTask {
 public:
     Task(FakeUrlSession& session, std::size_t index, std::shared_ptr<Exchange> exchange)
-        : session_(session), index_(index), exchange_(std::move(exchange)) {}
+        : session_(session),
+          index_(index),
+          exchange_(std::move(exchange)) {}
 
     void resume() override {
         session_.record_.addOnMain("task" + std::to_string(index_ + 1) + ".resume()");
         exchange_->resumed = true;
-        if (session_.onResume) session_.onResume(index_);
+        if (session_.onResume)
+            session_.onResume(index_);
     }
 
 private:
@@ -38,8 +41,10 @@ std::shared_ptr<DataTask> FakeUrlSession::dataTask(const UrlRequest& request,
 
 FakeUrlSession::Exchange& FakeUrlSession::ready(std::size_t index) {
     Exchange& exchange = *exchanges_.at(index);
-    if (!exchange.resumed) record_.addViolation("answer to a task that was not started");
-    if (exchange.answers > 0) record_.addViolation("second answer to a task");
+    if (!exchange.resumed)
+        record_.addViolation("answer to a task that was not started");
+    if (exchange.answers > 0)
+        record_.addViolation("second answer to a task");
     ++exchange.answers;
     return exchange;
 }
@@ -49,17 +54,13 @@ void FakeUrlSession::answer(std::size_t index, const UrlResult& result) {
     onBackgroundThread([&exchange, &result] { exchange.completion(result); });
 }
 
-void FakeUrlSession::answerDirectly(std::size_t index, const UrlResult& result) {
-    ready(index).completion(result);
-}
+void FakeUrlSession::answerDirectly(std::size_t index, const UrlResult& result) { ready(index).completion(result); }
 
 void FakeUrlSession::answerAgain(std::size_t index, const UrlResult& result) {
     const Exchange& exchange = *exchanges_.at(index);
     onBackgroundThread([&exchange, &result] { exchange.completion(result); });
 }
 
-UrlResult FakeUrlSession::failure(const std::string& text) {
-    return {.error = makeError(text), .statusCode = {}};
-}
+UrlResult FakeUrlSession::failure(const std::string& text) { return {.error = makeError(text), .statusCode = {}}; }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

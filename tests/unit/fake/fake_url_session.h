@@ -54,4 +54,4 @@ private:
     std::vector<std::shared_ptr<Exchange>> exchanges_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -13,7 +13,9 @@ namespace {
 class FakeLayer final : public Layer {
 public:
     FakeLayer(Record& record, std::string name, std::optional<Color>& color)
-        : record_(record), name_(std::move(name)), color_(color) {}
+        : record_(record),
+          name_(std::move(name)),
+          color_(color) {}
 
     void setBackgroundColor(const Color& color) override {
         record_.addOnMain(name_ + ".setBackgroundColor(" + shown(color) + ")");
@@ -26,17 +28,18 @@ private:
     std::optional<Color>& color_;
 };
 
-bool has(unsigned mask, Autoresizing bit) {
-    return (mask & static_cast<unsigned>(bit)) != 0;
-}
+bool has(unsigned mask, Autoresizing bit) { return (mask & static_cast<unsigned>(bit)) != 0; }
 
-}  // namespace
+} // namespace
 
 ViewState::ViewState(Record& record, std::string name, Rect frame)
-    : record_(record), name_(std::move(name)), frame_(frame) {}
+    : record_(record),
+      name_(std::move(name)),
+      frame_(frame) {}
 
 ViewState& ViewState::of(View& view) {
-    if (auto* state = dynamic_cast<ViewState*>(&view)) return *state;
+    if (auto* state = dynamic_cast<ViewState*>(&view))
+        return *state;
     std::fputs("a view that is none of the fake's\n", stderr);
     std::abort();
 }
@@ -44,24 +47,29 @@ ViewState& ViewState::of(View& view) {
 void ViewState::resize(Size size) {
     const Size old = frame_.size;
     frame_.size = size;
-    for (const auto& view : subviews_) of(*view).follow(old, size);
+    for (const auto& view : subviews_)
+        of(*view).follow(old, size);
 }
 
 void ViewState::follow(Size oldParent, Size newParent) {
     const double widthChange = newParent.width - oldParent.width;
     const double heightChange = newParent.height - oldParent.height;
     Size size = frame_.size;
-    if (has(mask_, Autoresizing::widthSizable)) size.width += widthChange;
+    if (has(mask_, Autoresizing::widthSizable))
+        size.width += widthChange;
     const bool heightFollows = has(mask_, Autoresizing::heightSizable);
     const bool bottomFollows = has(mask_, Autoresizing::minYMargin);
     const double flexible = (heightFollows ? size.height : 0) + (bottomFollows ? frame_.origin.y : 0);
     // Two flexible parts share the change by their sizes.
     const auto share = [&](double part, bool alone) {
-        if (alone) return heightChange;
+        if (alone)
+            return heightChange;
         return flexible > 0 ? heightChange * part / flexible : heightChange / 2;
     };
-    if (heightFollows) size.height += share(size.height, !bottomFollows);
-    if (bottomFollows) frame_.origin.y += share(frame_.origin.y, !heightFollows);
+    if (heightFollows)
+        size.height += share(size.height, !bottomFollows);
+    if (bottomFollows)
+        frame_.origin.y += share(frame_.origin.y, !heightFollows);
     resize(size);
 }
 
@@ -127,4 +135,4 @@ void FakeTextField::setTextColor(const Color& color) {
     textColor_ = color;
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

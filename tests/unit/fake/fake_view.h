@@ -60,7 +60,7 @@ private:
 };
 
 /// The functions of View for any interface that extends it.
-template <typename Interface>
+template<typename Interface>
 class FakeViewOf : public Interface, public ViewState {
 public:
     using ViewState::ViewState;
@@ -111,4 +111,4 @@ private:
     std::optional<Color> textColor_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -7,7 +7,8 @@ namespace vantorel::fake {
 void FakeWebsiteDataStore::removeData(const std::set<WebsiteDataType>& types,
                                       std::chrono::system_clock::time_point since, std::function<void()> completion) {
     std::string kinds;
-    for (const WebsiteDataType type : types) kinds += type == WebsiteDataType::diskCache ? "disk " : "memory ";
+    for (const WebsiteDataType type : types)
+        kinds += type == WebsiteDataType::diskCache ? "disk " : "memory ";
     const auto seconds = std::chrono::duration<double>(since.time_since_epoch()).count();
     record_.addOnMain("websiteDataStore.removeData(" + kinds + "since " + shown(seconds) + ")");
     removals.push_back({.types = types, .since = since, .completion = std::move(completion)});
@@ -48,8 +49,10 @@ std::shared_ptr<ScriptMessageHandler> FakeWebViewConfiguration::handler(const st
 }
 
 bool FakeWebViewConfiguration::post(const std::string& name, const ScriptValue& body) const {
-    if (!handlers_.contains(name)) return false;
-    if (const auto receiver = handler(name)) receiver->didReceiveScriptMessage(name, body);
+    if (!handlers_.contains(name))
+        return false;
+    if (const auto receiver = handler(name))
+        receiver->didReceiveScriptMessage(name, body);
     return true;
 }
 
@@ -89,7 +92,8 @@ void FakeWebView::evaluateJavaScript(const std::string& script, EvaluationComple
     record().addOnMain(name() + ".evaluateJavaScript(" + std::to_string(script.size()) + " bytes)");
     scripts_.push_back(script);
     completions_.push_back(std::move(completion));
-    if (onEvaluate) onEvaluate(scripts_.size() - 1);
+    if (onEvaluate)
+        onEvaluate(scripts_.size() - 1);
 }
 
 void FakeWebView::complete(std::size_t index, const std::optional<PlatformError>& error) {
@@ -102,15 +106,18 @@ void FakeWebView::complete(std::size_t index, const std::optional<PlatformError>
 }
 
 void FakeWebView::finish() {
-    if (const auto delegate = navigationDelegate()) delegate->didFinishNavigation(*this);
+    if (const auto delegate = navigationDelegate())
+        delegate->didFinishNavigation(*this);
 }
 
 void FakeWebView::fail(const PlatformError& error) {
-    if (const auto delegate = navigationDelegate()) delegate->didFailNavigation(*this, error);
+    if (const auto delegate = navigationDelegate())
+        delegate->didFailNavigation(*this, error);
 }
 
 void FakeWebView::failProvisionally(const PlatformError& error) {
-    if (const auto delegate = navigationDelegate()) delegate->didFailProvisionalNavigation(*this, error);
+    if (const auto delegate = navigationDelegate())
+        delegate->didFailProvisionalNavigation(*this, error);
 }
 
 std::shared_ptr<WebView> FakeWebView::openWindow(const std::optional<std::string>& address) {
@@ -120,21 +127,24 @@ std::shared_ptr<WebView> FakeWebView::openWindow(const std::optional<std::string
 
 void FakeWebView::alert(const std::string& message, std::function<void()> completion) {
     const auto delegate = uiDelegate();
-    if (!delegate) return completion();
+    if (!delegate)
+        return completion();
     delegate->runAlertPanel(*this, message, std::move(completion));
 }
 
 void FakeWebView::confirm(const std::string& message, std::function<void(bool)> completion) {
     const auto delegate = uiDelegate();
-    if (!delegate) return completion(false);
+    if (!delegate)
+        return completion(false);
     delegate->runConfirmPanel(*this, message, std::move(completion));
 }
 
 void FakeWebView::prompt(const std::string& prompt, const std::optional<std::string>& defaultText,
                          std::function<void(std::optional<std::string>)> completion) {
     const auto delegate = uiDelegate();
-    if (!delegate) return completion(std::nullopt);
+    if (!delegate)
+        return completion(std::nullopt);
     delegate->runTextInputPanel(*this, prompt, defaultText, std::move(completion));
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

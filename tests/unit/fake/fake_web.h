@@ -75,7 +75,8 @@ public:
     using EvaluationCompletion = std::function<void(const std::optional<PlatformError>&)>;
 
     FakeWebView(Record& record, std::string name, Rect frame, std::shared_ptr<FakeWebViewConfiguration> configuration)
-        : FakeViewOf(record, std::move(name), frame), configuration_(std::move(configuration)) {}
+        : FakeViewOf(record, std::move(name), frame),
+          configuration_(std::move(configuration)) {}
 
     void setNavigationDelegate(std::weak_ptr<NavigationDelegate> delegate) override;
     void setUiDelegate(std::weak_ptr<UiDelegate> delegate) override;
@@ -126,4 +127,4 @@ private:
     std::vector<EvaluationCompletion> completions_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

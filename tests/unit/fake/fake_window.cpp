@@ -15,12 +15,14 @@ Size showable(Size size) {
     return {std::clamp(size.width, 0.0, kLargestSide), std::clamp(size.height, 0.0, kLargestSide)};
 }
 
-}  // namespace
+} // namespace
 
 FakeWindow::FakeWindow(Record& record, std::string name, Rect contentRect, unsigned style)
-    : record_(record), name_(std::move(name)), style_(style),
-      content_(std::make_shared<FakeView>(record, "contentView",
-                                          Rect{.origin = {}, .size = showable(contentRect.size)})),
+    : record_(record),
+      name_(std::move(name)),
+      style_(style),
+      content_(
+          std::make_shared<FakeView>(record, "contentView", Rect{.origin = {}, .size = showable(contentRect.size)})),
       frameOrigin_(contentRect.origin) {}
 
 void FakeWindow::setTitle(const std::string& title) {
@@ -45,7 +47,8 @@ void FakeWindow::setSharingType(WindowSharingType type) {
 
 std::shared_ptr<View> FakeWindow::contentView() {
     record_.checkMainThread(name_ + ".contentView()");
-    if (hasContentView && !hasContentView()) return nullptr;
+    if (hasContentView && !hasContentView())
+        return nullptr;
     return content_;
 }
 
@@ -73,7 +76,8 @@ void FakeWindow::resizeContent(Size size) {
 void FakeWindow::close() {
     visible_ = false;
     closed_ = true;
-    if (onClose) onClose();
+    if (onClose)
+        onClose();
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

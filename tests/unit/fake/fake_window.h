@@ -69,4 +69,4 @@ private:
     int zoomCount_ = 0;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -1,5 +1,6 @@
 // Vantorel. MIT licence, see LICENSE.
-// A copy of the test program that runs one function with a pipe as its standard output, for what only the real log can show.
+// A copy of the test program that runs one function with a pipe as its standard output, for what only the real log can
+// show.
 #pragma once
 
 #include <poll.h>
@@ -19,18 +20,21 @@ namespace vantorel::fake {
 /// until it asks. The calling process must have no other threads.
 class ForkedChild {
 public:
-    /// In the copy `body` runs with SIGPIPE ignored, as in the shell, and the copy exits with 0 when it returns. It ends
-    /// by a signal if it takes longer than a minute. What it writes to standard error can be waited for.
+    /// In the copy `body` runs with SIGPIPE ignored, as in the shell, and the copy exits with 0 when it returns. It
+    /// ends by a signal if it takes longer than a minute. What it writes to standard error can be waited for.
     explicit ForkedChild(const std::function<void()>& body) {
         std::array<int, 2> output{};
         std::array<int, 2> report{};
-        if (::pipe(output.data()) != 0 || ::pipe(report.data()) != 0) throw std::runtime_error("no pipe");
+        if (::pipe(output.data()) != 0 || ::pipe(report.data()) != 0)
+            throw std::runtime_error("no pipe");
         pid_ = ::fork();
-        if (pid_ < 0) throw std::runtime_error("no fork");
+        if (pid_ < 0)
+            throw std::runtime_error("no fork");
         if (pid_ == 0) {
             ::dup2(output[1], STDOUT_FILENO);
             ::dup2(report[1], STDERR_FILENO);
-            for (const int end : {output[0], output[1], report[0], report[1]}) ::close(end);
+            for (const int end : {output[0], output[1], report[0], report[1]})
+                ::close(end);
             std::signal(SIGPIPE, SIG_IGN);
             ::alarm(60);
             body();
@@ -56,7 +60,8 @@ public:
     std::string readOutput() const { return readToEnd(output_); }
     /// The reader goes away.
     void closeOutput() {
-        if (output_ >= 0) ::close(output_);
+        if (output_ >= 0)
+            ::close(output_);
         output_ = -1;
     }
     /// What came on standard error until its end.
@@ -70,7 +75,8 @@ public:
     /// Waits for the end: the exit code, or the negative number of the signal that ended the copy.
     int wait() {
         int status = 0;
-        while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {}
+        while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+        }
         pid_ = -1;
         return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
     }
@@ -96,7 +102,8 @@ private:
 
 /// In a forked copy: tells the test that it has come this far.
 inline void reportProgress() {
-    if (::write(STDERR_FILENO, ".", 1) != 1) ::_exit(99);
+    if (::write(STDERR_FILENO, ".", 1) != 1)
+        ::_exit(99);
 }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -20,7 +20,8 @@ void Record::addOnMain(std::string line) {
 }
 
 void Record::checkMainThread(const std::string& call) {
-    if (!onMainThread()) addViolation("off the main thread: " + call);
+    if (!onMainThread())
+        addViolation("off the main thread: " + call);
 }
 
 void Record::addViolation(std::string what) {
@@ -35,7 +36,8 @@ std::vector<std::string> Record::lines() const {
 
 std::vector<std::string> Record::numbered() const {
     std::vector<std::string> numbered = lines();
-    for (std::size_t i = 0; i < numbered.size(); ++i) numbered[i].insert(0, std::to_string(i + 1) + " ");
+    for (std::size_t i = 0; i < numbered.size(); ++i)
+        numbered[i].insert(0, std::to_string(i + 1) + " ");
     return numbered;
 }
 
@@ -66,8 +68,6 @@ void Record::clear() {
     lines_.clear();
 }
 
-void onBackgroundThread(const std::function<void()>& work) {
-    std::thread(work).join();
-}
+void onBackgroundThread(const std::function<void()>& work) { std::thread(work).join(); }
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

@@ -51,4 +51,4 @@ private:
 /// Runs `work` on a thread of its own and waits for its end: how the fake makes calls that come off the main thread.
 void onBackgroundThread(const std::function<void()>& work);
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake

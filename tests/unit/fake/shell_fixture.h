@@ -36,7 +36,8 @@ inline std::vector<std::string> between(const std::vector<std::string>& lines, c
 /// `lines` as one text, for a comparison that shows the lines that differ.
 inline std::string joined(const std::vector<std::string>& lines) {
     std::string text;
-    for (const std::string& line : lines) text += line + "\n";
+    for (const std::string& line : lines)
+        text += line + "\n";
     return text;
 }
 
@@ -72,7 +73,8 @@ protected:
     /// termination handler and the answer about the microphone, which are forgotten.
     void releaseShell() {
         platform_.microphone.forget();
-        for (const auto& process : platform_.processes) process->forgetHandlers();
+        for (const auto& process : platform_.processes)
+            process->forgetHandlers();
         const std::weak_ptr<AppDelegate> weak = shell_;
         shell_.reset();
         ASSERT_TRUE(weak.expired()) << "something holds the controller";
@@ -97,4 +99,4 @@ protected:
     std::shared_ptr<AppDelegate> shell_;
 };
 
-}  // namespace vantorel::fake
+} // namespace vantorel::fake
