@@ -249,7 +249,7 @@ def test_held_key_repeats_in_the_page(world):
 
 def test_azerty(world):
     shell, _, other = from_outside(world)
-    world.hands.layout("fr", world.children, world.environment())
+    world.hands.layout(world.children, world.environment(), "fr")
     world.hands.hotkey("z")  # labelled W there
     world.server.wait_hotkeys(["stop"])
     world.hands.hotkey("q")  # labelled A there
@@ -258,7 +258,7 @@ def test_azerty(world):
     world.hands.press("q")
     wait.until(lambda: events(shell, 12, mark), 2, "the event line")
     wait.same(events(shell, 12, mark)[0].group(3), "a", "characters of that key")
-    world.hands.layout("us", world.children, world.environment())
+    world.hands.layout(world.children, world.environment(), "us")
     mark = shell.mark()
     world.hands.press("q")
     wait.until(lambda: events(shell, 12, mark), 2, "the event line")

@@ -209,6 +209,7 @@ def test_status_goes_on_meanwhile(world):
 
 
 def test_endless_alerts(world):
+    world.engine_patience = 15  # its page process, caught in the loop, gives itself 10 s
     shell, _ = world.launch_loaded(html("let n = 0; addEventListener('load', () => setTimeout(() => {"
                                         "for (;;) { alert('number ' + n++); } }, 300))"))
     for number in range(6):
@@ -224,6 +225,7 @@ def test_endless_alerts(world):
 
 
 def test_endless_alerts_and_the_main_window_is_closed(world):
+    world.engine_patience = 15
     shell, window = world.launch_loaded(html("addEventListener('load', () => setTimeout(() => {"
                                              "for (;;) alert('again'); }, 300))"))
     world.dialog(shell)

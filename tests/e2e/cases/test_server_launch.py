@@ -113,8 +113,10 @@ def test_directory(world):
 
 def test_no_execute_bit_and_none_to_be_had(world):
     os.unlink(world.bundle.server)
-    os.symlink("/proc/version", world.bundle.server)
-    shell = fails_to_launch(world)
+    folder = world.empty_folder("disk")
+    os.symlink(os.path.join(folder, "server"), world.bundle.server)
+    with world.mounted(folder, "size=64k", read_only=True, files=[("server", "#!/bin/sh\nexit 0\n", 0o644)]):
+        shell = fails_to_launch(world)
     assert shell.find(re.compile(r"^⚠️ Warning: Could not set executable permissions: .+"))
 
 

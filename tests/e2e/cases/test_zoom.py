@@ -114,7 +114,7 @@ def test_reload_keeps_it_and_a_restart_does_not(world):
 
 def test_other_keyboard_layout(world):
     start(world)
-    world.hands.layout("de", world.children, world.environment())
+    world.hands.layout(world.children, world.environment(), "de")
     world.hands.press(35, "ctrl")  # the key right of the "ü": "+" without Shift
     zoomed(world, 1.1)
     world.hands.press(61, "ctrl")  # the key left of the right Shift: "-"
@@ -123,7 +123,8 @@ def test_other_keyboard_layout(world):
 
 def test_layout_without_latin_letters(world):
     shell, window = start(world)
-    world.hands.layout("ru", world.children, world.environment())
+    world.hands.layout(world.children, world.environment(), "-layout", "us,ru", "-option", "grp:caps_toggle")
+    world.hands.press("caps")
     world.hands.press("r", "ctrl")
     wait.until(lambda: shell.count("✅ Page loaded successfully") == 2, 5, "Ctrl and the key of R reload")
     world.hands.press("t", "ctrl")

@@ -75,9 +75,9 @@ class Hands:
         xtest.fake_input(self._display, X.ButtonRelease, button)
         self._display.sync()
 
-    def layout(self, name, children, environment):
+    def layout(self, children, environment, *arguments):
         """Switches the keyboard layout as a user would with setxkbmap."""
-        process = children.start(["setxkbmap", name], env=environment)
+        process = children.start(["setxkbmap", *arguments], env=environment)
         assert process.wait(5) == 0, "setxkbmap fails"
         self._display.sync()
         self._display._update_keymap(self._display.display.info.min_keycode,

@@ -48,6 +48,7 @@ class World:
         self.bus_address = None
         self.manager = None
         self.allowed_complaints = ["Disabled hardware acceleration because GTK failed to initialize GL"]
+        self.engine_patience = 5.0  # seconds that the engine's processes have to end after their shell
         self._ax = None
 
     # The desktop
@@ -360,13 +361,18 @@ class World:
         return folder
 
     @contextlib.contextmanager
-    def mounted(self, folder, options, read_only=False, fill=False):
-        """A small disk of its own in place of a folder; taken away again at the end, shells with it."""
+    def mounted(self, folder, options, read_only=False, fill=False, files=()):
+        """A small disk of its own in place of a folder, with files of (name, content, mode); taken away again at the
+        end, shells with it."""
         try:
             subprocess.run(["mount", "-t", "tmpfs", "-o", options, "tmpfs", folder], check=True, capture_output=True)
         except (OSError, subprocess.CalledProcessError) as problem:
             raise Skipped(f"no file system can be mounted here: {problem}") from None
         try:
+            for name, content, mode in files:
+                with open(os.path.join(folder, name), "w", encoding="utf-8") as file:
+                    file.write(content)
+                os.chmod(os.path.join(folder, name), mode)
             if fill:
                 with open(os.path.join(folder, "filler"), "wb", buffering=0) as filler:
                     with contextlib.suppress(OSError):
@@ -411,12 +417,12 @@ class World:
         wait.until(lambda: not self.server_processes(), timeout, lambda: "the server is gone, but there are "
                    + str([(pid, children.command(pid)) for pid in self.server_processes()]))
 
-    def expect_no_helpers(self, timeout=5.0):
+    def expect_no_helpers(self):
         """Fails unless all of the engine's processes are gone."""
         def left():
             return [pid for pid in children.descendants(os.getpid())
                     if os.path.basename((children.command(pid) or [""])[0]).startswith("WebKit")]
-        wait.until(lambda: not left(), timeout, lambda: f"the engine's processes are gone, but there are {left()}")
+        wait.until(lambda: not left(), self.engine_patience, lambda: f"the engine's processes are gone, but there are {left()}")
 
     def finish(self):
         """Quits what still runs, and proves that no shell complained and nothing of theirs survives."""
