@@ -4,7 +4,11 @@
 
 #import <AppKit/AppKit.h>
 
+#include <dispatch/dispatch.h>
+
+#include <csignal>
 #include <utility>
+#include <vector>
 
 #import "platform/macos/bridge.h"
 #import "platform/macos/menu.h"
@@ -104,6 +108,7 @@ public:
         app_.delegate = delegate_;
     }
     int run() override {
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) quitOn(signal);
         // Ends the process by itself when the application terminates.
         [app_ run];
         return 0;
@@ -116,6 +121,20 @@ public:
     std::shared_ptr<Menu> mainMenu() const override { return mainMenu_; }
 
 private:
+    /// The polite signals are a normal quit. A handler that does nothing, because a child would inherit "ignore".
+    void quitOn(int signal) {
+        std::signal(signal, [](int) {});
+        dispatch_source_t source = dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<uintptr_t>(signal), 0,
+                                                          dispatch_get_main_queue());
+        NSApplication* const app = app_;
+        dispatch_source_set_event_handler(source, ^{
+            [app terminate:nil];
+        });
+        dispatch_resume(source);
+        signals_.push_back(source);
+    }
+
+    std::vector<dispatch_source_t> signals_;
     NSApplication* app_ = NSApplication.sharedApplication;
     VantorelApplicationDelegate* delegate_ = nil;
     std::shared_ptr<Menu> mainMenu_;

@@ -15,6 +15,7 @@ NS_ASSUME_NONNULL_BEGIN
 @property (nullable, strong) NSMenu* mainMenu;
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
 - (void)run;
+- (void)terminate:(nullable id)sender;
 @end
 
 @protocol NSApplicationDelegate <NSObject>
