@@ -15,6 +15,7 @@
 
 #include "platform/linux/bundle.h"
 #include "platform/linux/launch.h"
+#include "platform/linux/main_thread.h"
 #include "platform/linux/pipe.h"
 #include "platform/linux/process_info.h"
 #include "platform/linux/queue.h"
@@ -78,6 +79,7 @@ public:
     }
 
     std::optional<PlatformError> run() override {
+        assertMainThread();
         if (processIdentifier() != 0) {
             return systemError("Could not run a second time", executable_.value_or(""), EALREADY);
         }
@@ -113,6 +115,7 @@ public:
     }
 
     void terminate() override {
+        assertMainThread();
         // Under the lock: a child that was not reaped keeps its number, so the signal cannot reach another process.
         const std::lock_guard lock(mutex_);
         if (pid_ != 0 && !hasEnded_) {

@@ -9,6 +9,8 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/linux/main_thread.h"
+
 namespace vantorel::gtk {
 
 namespace {
@@ -59,7 +61,10 @@ public:
     GridTimer(const GridTimer&) = delete;
     GridTimer& operator=(const GridTimer&) = delete;
 
-    void invalidate() override { g_source_destroy(source_); }
+    void invalidate() override {
+        assertMainThread();
+        g_source_destroy(source_);
+    }
 
 private:
     GSource* source_;
@@ -68,6 +73,7 @@ private:
 } // namespace
 
 std::shared_ptr<Timer> scheduleRepeatingTimer(double seconds, std::function<void()> block) {
+    assertMainThread();
     return std::make_shared<GridTimer>(seconds, std::move(block));
 }
 

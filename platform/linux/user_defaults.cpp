@@ -12,6 +12,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/linux/main_thread.h"
 #include "platform/linux/object.h"
 #include "platform/portable/text.h"
 
@@ -109,6 +110,7 @@ public:
     void setBool(bool value, const std::string& key) override { setString(value ? "true" : "false", key); }
 
     void setString(const std::string& value, const std::string& key) override {
+        assertMainThread();
         unsaved_.insert_or_assign(key, value);
         save();
     }
@@ -154,10 +156,8 @@ private:
         }
         gsize length = 0;
         const GText text(g_key_file_to_data(content.file.get(), &length, nullptr));
-        return g_file_set_contents_full(
-                   target.c_str(), text.get(), static_cast<gssize>(length),
-                   static_cast<GFileSetContentsFlags>(G_FILE_SET_CONTENTS_CONSISTENT | G_FILE_SET_CONTENTS_DURABLE),
-                   kFileMode, nullptr) != 0;
+        return g_file_set_contents_full(target.c_str(), text.get(), static_cast<gssize>(length),
+                                        G_FILE_SET_CONTENTS_CONSISTENT, kFileMode, nullptr) != 0;
     }
 
     const std::string path_;
