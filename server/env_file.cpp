@@ -2,12 +2,15 @@
 // The text of an .env file as entries.
 #include "server/env_file.h"
 
+#include <algorithm>
+
 #include "platform/portable/text.h"
 
 namespace vantorel {
 
 std::vector<std::pair<std::string, std::string>> parseEnvText(std::string_view text) {
     std::vector<std::pair<std::string, std::string>> entries;
+    entries.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '=')));
     for (const std::string_view untrimmed : splitLines(text)) {
         const std::string_view line = trimWhitespace(untrimmed);
         if (line.empty() || line.starts_with('#')) continue;

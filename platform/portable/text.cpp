@@ -51,8 +51,14 @@ bool isBlank(std::string_view bytes, BlankSet set) {
     return isHorizontalBlank(bytes) || (set == BlankSet::withLineBreaks && isLineBreak(bytes));
 }
 
+/// Most texts begin and end with one of these, which settles the matter at once.
+bool isVisibleAscii(char byte) { return byte > ' ' && byte < '\x7F'; }
+
 /// The length in bytes of the blank at the front (or back) of `text`, 0 when there is none.
 std::size_t leadingBlank(std::string_view text, BlankSet set) {
+    if (!text.empty() && isVisibleAscii(text.front())) {
+        return 0;
+    }
     for (std::size_t length = 1; length <= 3 && length <= text.size(); ++length) {
         if (isBlank(text.substr(0, length), set)) {
             return length;
@@ -62,6 +68,9 @@ std::size_t leadingBlank(std::string_view text, BlankSet set) {
 }
 
 std::size_t trailingBlank(std::string_view text, BlankSet set) {
+    if (!text.empty() && isVisibleAscii(text.back())) {
+        return 0;
+    }
     for (std::size_t length = 1; length <= 3 && length <= text.size(); ++length) {
         if (isBlank(text.substr(text.size() - length), set)) {
             return length;
