@@ -34,10 +34,11 @@ if(TARGET vantorel_platform AND TARGET vantorel_logic AND EXISTS ${PROJECT_SOURC
     set_target_properties(vantorel PROPERTIES OUTPUT_NAME Vantorel)
     if(APPLE)
         set_target_properties(vantorel PROPERTIES MACOSX_BUNDLE ON RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
-        if(EXISTS ${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist)
-            set_target_properties(vantorel PROPERTIES
-                MACOSX_BUNDLE_INFO_PLIST ${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist)
-        endif()
+        set_target_properties(vantorel PROPERTIES
+            MACOSX_BUNDLE_INFO_PLIST ${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist)
+        set(icon ${PROJECT_SOURCE_DIR}/packaging/macos/Vantorel.icns)
+        target_sources(vantorel PRIVATE ${icon})
+        set_source_files_properties(${icon} PROPERTIES MACOSX_PACKAGE_LOCATION Resources)
     else()
         set_target_properties(vantorel PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${VANTOREL_PROGRAMS})
     endif()
@@ -46,8 +47,15 @@ if(TARGET vantorel_platform AND TARGET vantorel_logic AND EXISTS ${PROJECT_SOURC
     endif()
 endif()
 
-if(EXISTS ${PROJECT_SOURCE_DIR}/devserver/CMakeLists.txt)
+find_package(PkgConfig)
+if(APPLE AND PKG_CONFIG_FOUND)
+    pkg_check_modules(DEVSERVER_PRESENT QUIET libsoup-3.0)
+endif()
+if(NOT APPLE OR DEVSERVER_PRESENT_FOUND)
     add_subdirectory(devserver)
+elseif(NOT VANTOREL_SERVER)
+    message(WARNING "The development server needs libsoup 3 and pkg-config (brew install libsoup pkg-config); "
+        "without it the bundle has no server, unless VANTOREL_SERVER names one")
 endif()
 if(VANTOREL_SERVER)
     get_filename_component(server ${VANTOREL_SERVER} ABSOLUTE BASE_DIR ${PROJECT_SOURCE_DIR})
@@ -71,4 +79,20 @@ foreach(part vantorel vantorel-guard bundled_server)
 endforeach()
 if(TARGET vantor-srv AND NOT VANTOREL_SERVER)
     add_dependencies(bundle vantor-srv)
+endif()
+
+if(APPLE AND TARGET vantorel)
+    # Arm Macs run signed code only, and a signature covers the resources: last of all, at each build.
+    add_custom_target(signed_bundle ALL
+        COMMAND codesign --force --sign - ${VANTOREL_PROGRAMS}/vantorel-guard
+        COMMAND codesign --force --sign - --options runtime
+            --entitlements ${PROJECT_SOURCE_DIR}/packaging/macos/Vantorel.entitlements ${VANTOREL_BUNDLE}
+        COMMENT "Signing ${VANTOREL_BUNDLE}")
+    add_dependencies(signed_bundle vantorel vantorel-guard)
+    foreach(part vantor-srv bundled_server)
+        if(TARGET ${part})
+            add_dependencies(signed_bundle ${part})
+        endif()
+    endforeach()
+    add_dependencies(bundle signed_bundle)
 endif()

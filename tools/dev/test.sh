@@ -80,15 +80,16 @@ cmd_valgrind() {
 
 # fuzz [SECONDS] [TARGET]: as many targets at a time as there are processors.
 cmd_fuzz() {
-    local seconds=${1:-600} only=${2:-}
+    local seconds=${1:-600} only=${2:-} targets
     ensure_for_preset fuzz
     configure fuzz
-    build fuzz
-    find build-fuzz/fuzz -maxdepth 1 -name "${only:-*}_fuzz" -type f | sort | grep -q . ||
-        fail "no fuzz target ${only:-at all}"
+    build fuzz fuzzers
+    export LSAN_OPTIONS=suppressions=$PWD/tests/sanitizers/lsan.supp:print_suppressions=0 G_SLICE=always-malloc
+    targets=$(find build-fuzz/fuzz -maxdepth 1 -name "${only:-*}_fuzz" -type f | sort)
+    [ -n "$targets" ] || fail "there is no fuzz target ${only}"
     say "fuzzing, $seconds seconds each"
-    find build-fuzz/fuzz -maxdepth 1 -name "${only:-*}_fuzz" -type f | sort |
-        xargs -P "$(processors)" -n 1 tools/fuzz_one "$seconds"
+    # shellcheck disable=SC2086  # one word for each target
+    printf '%s\n' $targets | xargs -P "$(processors)" -n 1 tools/fuzz_one "$seconds"
 }
 
 cmd_bench() {
