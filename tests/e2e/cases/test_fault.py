@@ -330,11 +330,11 @@ def test_window_closed_as_soon_as_it_shows(world):
 
 def test_closed_during_the_delay(world):
     shell = world.launch()
-    shell.wait_launched()
+    world.server.wait_event("listening", 2)
     world.screen.close_window(world.window(shell))
     wait.same(shell.wait_exit(4), 0, "exit status")
     assert not shell.find(re.compile("^🌐 Loading"))
-    wait.same(world.server.signals()[:1], ["TERM"], "signals at the server")
+    wait.same(world.server.signals(), ["TERM"], "signals at the server")
 
 
 def test_closed_during_a_page_load(world):
@@ -380,12 +380,16 @@ def test_descriptors_do_not_pile_up(world):
             world.hands.press("r", "ctrl")
             wait.until(lambda: shell.count("✅ Page loaded successfully") > loads, 5, "a load")
 
+    def count_now():
+        # The engine's memory watch reads the system's files on a thread of its own, again and again.
+        return len([name for name in shell.descriptors().values() if not name.startswith(("/proc/", "/sys/"))])
+
     reload(8)  # the engine opens some of its descriptors late
-    count = len(shell.descriptors())
+    count = count_now()
     threads = shell.threads()
     reload(30)
     world.server.wait_requests("probe", len(world.server.requests("probe")) + 2)
-    wait.until(lambda: len(shell.descriptors()) <= count + 4, 5,
+    wait.until(lambda: count_now() <= count + 4, 5,
                lambda: f"{count} descriptors, now {shell.descriptors()}")
     assert shell.threads() <= threads + 4, f"{threads} threads, now {shell.threads()}"
 
