@@ -29,6 +29,10 @@ PlatformError refusedError() {
     return platformError("The address uses a port that web pages can't be loaded from.");
 }
 
+PlatformError connectionLostError() {
+    return platformError("The network connection was lost.");
+}
+
 PlatformError pageProcessGoneError() {
     return platformError("The page's process ended.");
 }

@@ -25,6 +25,9 @@ PlatformError cancelledError();
 /// An address with a port that the engine talks to nobody on.
 PlatformError refusedError();
 
+/// The server closed the connection before the end of its answer.
+PlatformError connectionLostError();
+
 /// The process that the page lived in is gone.
 PlatformError pageProcessGoneError();
 

@@ -52,6 +52,9 @@ public:
     /// A load is under way and nothing of its answer has come.
     bool waitsForAnswer() const { return stage_ == Stage::requested || stage_ == Stage::started; }
 
+    /// The engine shows the beginning of the page.
+    bool arrives() const { return stage_ == Stage::committed; }
+
 private:
     enum class Stage { idle, requested, started, answered, committed };
 

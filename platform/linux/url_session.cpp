@@ -83,9 +83,23 @@ private:
         GError* error = nullptr;
         const gssize count = g_input_stream_read_finish(G_INPUT_STREAM(source), result, &error);
         if (count == 0) {
-            self->report({std::nullopt, static_cast<int>(soup_message_get_status(self->message_.get()))});
+            self->bodyEnded();
         } else {
+            self->received_ += count;
             self->proceed(GErrorPointer(error));
+        }
+    }
+
+    void bodyEnded() {
+        // libsoup 3.2 does not look at the announced length when the server had announced to close the connection.
+        SoupMessageHeaders* headers = soup_message_get_response_headers(message_.get());
+        const unsigned status = soup_message_get_status(message_.get());
+        const bool hasBody = status != SOUP_STATUS_NO_CONTENT && status != SOUP_STATUS_NOT_MODIFIED;
+        if (hasBody && soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH &&
+            received_ < soup_message_headers_get_content_length(headers)) {
+            report({connectionLostError(), std::nullopt});
+        } else {
+            report({std::nullopt, static_cast<int>(status)});
         }
     }
 
@@ -140,6 +154,7 @@ private:
     Object<GInputStream> body_;
     SourceId timer_;
     std::array<char, 65536> buffer_{};
+    goffset received_ = 0;
     bool reported_ = false;
 };
 

@@ -9,6 +9,7 @@
 #include "platform/linux/engine_error.h"
 #include "platform/linux/graphics.h"
 #include "platform/linux/main_thread.h"
+#include "platform/linux/page_completeness.h"
 #include "platform/linux/queue.h"
 #include "platform/linux/script_panels.h"
 #include "platform/portable/blocked_ports.h"
@@ -123,6 +124,7 @@ void GtkWebView::setAllowsBackForwardNavigationGestures(bool allowed) {
 
 void GtkWebView::load(const UrlRequest& request) {
     assertMainThread();
+    settleCheck();
     reportLater(tracker_.requested(request.address));
     const unsigned long number = ++loadNumber_;
     armClock(request.timeoutSeconds);
@@ -168,6 +170,7 @@ void GtkWebView::loadChanged(WebKitLoadEvent event) {
     const std::string address = text(webkit_web_view_get_uri(view_.get()));
     switch (event) {
     case WEBKIT_LOAD_STARTED: {
+        settleCheck();
         const bool ownLoad = tracker_.waitsForAnswer() && clock_;
         const LoadTracker::Ended ended = tracker_.started(address);
         if (ended || !ownLoad) {
@@ -181,18 +184,38 @@ void GtkWebView::loadChanged(WebKitLoadEvent event) {
     case WEBKIT_LOAD_COMMITTED:
         tracker_.committed(address);
         break;
-    case WEBKIT_LOAD_FINISHED: {
-        const LoadTracker::Ended ended = tracker_.finished();
-        if (ended && ended->kind == LoadOutcome::Kind::finished) {
-            revived_ = false;
+    case WEBKIT_LOAD_FINISHED:
+        if (tracker_.arrives()) {
+            checksPage_ = true;
+            checkWhole(view_.get(), [weak = weak_from_this(), number = checkNumber_](bool whole) {
+                const auto view = weak.lock();
+                if (view && view->checkNumber_ == number) {
+                    view->loadFinished(whole);
+                }
+            });
         }
-        report(ended);
         break;
-    }
     }
     if (!tracker_.waitsForAnswer()) {
         clock_ = SourceId();
     }
+}
+
+void GtkWebView::settleCheck() {
+    if (checksPage_) {
+        loadFinished(true);
+    }
+}
+
+void GtkWebView::loadFinished(bool whole) {
+    checksPage_ = false;
+    ++checkNumber_;
+    const LoadTracker::Ended ended =
+        whole ? tracker_.finished() : tracker_.failed(LoadFailure::broken, connectionLostError());
+    if (ended && ended->kind == LoadOutcome::Kind::finished) {
+        revived_ = false;
+    }
+    report(ended);
 }
 
 void GtkWebView::decidePolicy(WebKitPolicyDecision* decision) {
@@ -216,6 +239,7 @@ void GtkWebView::loadFailed(const GError& error) {
 void GtkWebView::processGone() {
     const auto self = shared_from_this();
     clock_ = SourceId();
+    settleCheck();
     const LoadTracker::Ended ended = tracker_.aborted(pageProcessGoneError());
     report(ended);
     // A reload of a view without a process might come from the cache (WebKitGTK 2.50); a load never does.

@@ -44,6 +44,9 @@ private:
     void connectSignals();
     void start(const UrlRequest& request);
     void loadChanged(WebKitLoadEvent event);
+    /// A page whose length is still being checked gives way to another load: it counts as whole.
+    void settleCheck();
+    void loadFinished(bool whole);
     void decidePolicy(WebKitPolicyDecision* decision);
     void loadFailed(const GError& error);
     void processGone();
@@ -63,6 +66,9 @@ private:
     LoadTracker tracker_;
     /// Tells a load that waits for its caches to be emptied whether it is still the latest one.
     unsigned long loadNumber_ = 0;
+    /// The engine has finished and the page's length is being checked; the number tells a late answer that it is late.
+    bool checksPage_ = false;
+    unsigned long checkNumber_ = 0;
     SourceId clock_;
     double pageZoom_ = 1.0;
     /// The page's process died and the page was loaded again; set back by a load that finished.

@@ -117,6 +117,10 @@ TEST_F(UrlSessionTest, BrokenAnswersAreErrors) {
     server_.on("/reset", [](const Connection& c) { c.reset(); });
     server_.on("/noise", [](const Connection& c) { c.send("this is no answer\r\n\r\n"); });
     server_.on("/short", [](const Connection& c) { c.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nabc"); });
+    server_.on("/cut", [](const Connection& c) {
+        c.send("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 500\r\n\r\nshort");
+    });
+    expectError(probe(server_.address("/cut")));
     expectError(probe(server_.address("/close")));
     expectError(probe(server_.address("/reset")));
     expectError(probe(server_.address("/noise")));

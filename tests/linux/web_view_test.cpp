@@ -26,6 +26,15 @@ TEST_F(WebViewLoadTest, APageFinishes) {
     expectOutcome("/", "finished");
 }
 
+TEST_F(WebViewLoadTest, APageThatGoesOnToAnotherFinishesTwice) {
+    server_.page("/", "<script>location = '/next'</script>");
+    server_.page("/next", "<title>next</title>");
+    view_->load(request("/"));
+    expectCalls(2);
+    EXPECT_EQ(recorder_->calls, (std::vector<std::string>{"finished", "finished"}));
+    expectInPage("document.title === 'next'");
+}
+
 TEST_F(WebViewLoadTest, AnErrorStatusIsAPageToo) {
     server_.on("/500", [](const Connection& c) { c.answer("<p>bad", "", "500 Internal Server Error"); });
     expectOutcome("/500", "finished");
@@ -75,7 +84,11 @@ TEST_F(WebViewLoadTest, FailuresAfterTheFirstBytesAreNot) {
         c.wait(100ms);
         c.reset();
     });
-    for (const char* path : {"/short", "/long", "/reset"}) {
+    server_.on("/cut", [](const Connection& c) {
+        c.send("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nConnection: close\r\nContent-Length: 900000\r\n\r\n" +
+               std::string(20000, 'x'));
+    });
+    for (const char* path : {"/short", "/long", "/reset", "/cut"}) {
         expectOutcome(path, "failed: ");
     }
 }
