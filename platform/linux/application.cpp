@@ -65,6 +65,9 @@ int GtkApp::run() {
     // GIO would end the process when the session bus goes away.
     if (GDBusConnection* bus = g_application_get_dbus_connection(application)) {
         g_dbus_connection_set_exit_on_close(bus, FALSE);
+    } else {
+        // An address without a bus behind it is worse than none: the engine's sandbox would insist on it.
+        g_unsetenv("DBUS_SESSION_BUS_ADDRESS");
     }
     return g_application_run(application, 0, nullptr);
 }

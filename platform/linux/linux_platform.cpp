@@ -4,8 +4,10 @@
 
 #include <fcntl.h>
 #include <gtk/gtk.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <vector>
@@ -47,12 +49,25 @@ void fillStandardDescriptors() {
         ::close(descriptor);
 }
 
+/// A home folder whose path leads through a file is named anew, as one that is not there: the engine's sandbox puts up
+/// with that, but not with the other. Nothing can be created under the new name, not even by root.
+Environment homeVariables(const Environment& inherited) {
+    const auto home = inherited.find("HOME");
+    if (home == inherited.end())
+        return {};
+    struct stat status = {};
+    if (::stat((home->second + "/.").c_str(), &status) == 0 || errno != ENOTDIR)
+        return {};
+    return {{"HOME", "/proc/no-home"}};
+}
+
 /// Everything that must be so before GTK looks; returns the variables that it added to the environment.
 Environment prepareProcess(const Environment& inherited) {
     fillStandardDescriptors();
     // A reader of the log that goes away is no reason to end.
     std::signal(SIGPIPE, SIG_IGN);
-    const Environment added = graphicsVariables(inherited, hasGraphicsProcessor());
+    Environment added = graphicsVariables(inherited, hasGraphicsProcessor());
+    added.merge(homeVariables(inherited));
     for (const auto& [name, value] : added) {
         ::setenv(name.c_str(), value.c_str(), 1);
     }

@@ -9,6 +9,8 @@
 namespace vantorel::gtk {
 namespace {
 
+constexpr int kTextMargin = 6;
+
 /// GTK takes C strings of valid UTF-8 only.
 std::string showable(const std::string& text) {
     return GText(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()))).get();
@@ -27,6 +29,9 @@ GtkWidget* makeEntry() {
     GtkWidget* entry = gtk_entry_new_with_buffer(makeUnlimitedBuffer().get());
     // The natural width comes from the frame, not from a number of characters.
     gtk_editable_set_width_chars(GTK_EDITABLE(entry), 1);
+    GtkWidget* text = GTK_WIDGET(gtk_editable_get_delegate(GTK_EDITABLE(entry)));
+    gtk_widget_set_margin_start(text, kTextMargin);
+    gtk_widget_set_margin_end(text, kTextMargin);
     return entry;
 }
 
@@ -77,9 +82,12 @@ void GtkTextField::setTextColor(const Color& color) {
 
 void GtkTextField::applyStyle() {
     std::string declarations;
-    // An entry fills its frame, whatever height the theme would like.
+    // An entry fills its frame, whatever height the theme would like. Its edge is drawn inside, because screen readers
+    // are told the size without border and padding.
     if (editable_)
-        declarations += "min-height: 0; padding-top: 0; padding-bottom: 0;";
+        declarations += "min-height: 0; padding: 0; border: none;";
+    if (editable_ && bordered_)
+        declarations += "box-shadow: inset 0 0 0 1px alpha(currentColor, 0.3);";
     if (!bordered_)
         declarations += "border: none; box-shadow: none; outline: none;";
     if (background_)

@@ -125,6 +125,8 @@ TEST_F(AlertTest, TheFieldIsOfTheSizeAskedAndKeepsWhatWasTyped) {
         GtkWidget* control = coreOf(*field)->content();
         EXPECT_TRUE(waitUntil([&] { return gtk_widget_get_width(control) > 0; }));
         EXPECT_EQ(coreOf(*field)->bounds().size, (Size{300, 24}));
+        EXPECT_EQ(gtk_widget_get_width(control), 300);
+        EXPECT_EQ(gtk_widget_get_height(control), 24);
         GtkWidget* focus = gtk_window_get_focus(GTK_WINDOW(box));
         EXPECT_TRUE(focus != nullptr && gtk_widget_is_ancestor(focus, control));
         gtk_editable_set_text(GTK_EDITABLE(control), "typed ü");
