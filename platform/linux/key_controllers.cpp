@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "platform/linux/key_events.h"
@@ -49,6 +50,23 @@ private:
     std::size_t next_ = 0;
 };
 
+// GDK (4.8, on Wayland) leaves the Super modifier out of a key event's state, so its keys are followed. A key that went
+// down before the application had the keyboard is not known.
+class CommandKeys {
+public:
+    bool areDown() const { return !down_.empty(); }
+    void press(unsigned symbol, unsigned keyCode) {
+        if (symbol == GDK_KEY_Super_L || symbol == GDK_KEY_Super_R) {
+            down_.insert(keyCode);
+        }
+    }
+    void release(unsigned keyCode) { down_.erase(keyCode); }
+    void releaseAll() { down_.clear(); }
+
+private:
+    std::set<unsigned> down_;
+};
+
 PressedKey pressedKeyOf(unsigned symbol, unsigned keyCode, GdkModifierType state) {
     PressedKey press;
     press.keyCode = keyCode;
@@ -82,7 +100,9 @@ public:
 private:
     struct Watch {
         SignalConnection mapping;
+        SignalConnection activation;
         SignalConnection pressing;
+        SignalConnection releasing;
         // Belongs to its window; only to be touched while that is in the list.
         GtkEventController* controller = nullptr;
     };
@@ -107,6 +127,8 @@ private:
     void add(GtkWidget* window) {
         Watch& watch = watches_[window];
         watch.mapping = connect<void()>(window, "map", [this, window] { attach(window, watches_[window]); });
+        watch.activation =
+            connect<void(GParamSpec*)>(window, "notify::is-active", [this](GParamSpec*) { commandKeys_.releaseAll(); });
         if (gtk_widget_get_mapped(window)) {
             attach(window, watch);
         }
@@ -119,22 +141,32 @@ private:
         GtkEventController* controller = watch.controller;
         watch.pressing = connect<gboolean(guint, guint, GdkModifierType)>(
             controller, "key-pressed", [this, controller](guint symbol, guint keyCode, GdkModifierType state) {
-                GdkEvent* event = gtk_event_controller_get_current_event(controller);
-                return static_cast<gboolean>(!goesOn(pressedKeyOf(symbol, keyCode, state), event));
+                const bool isNew = recent_.isNew(gtk_event_controller_get_current_event(controller));
+                return static_cast<gboolean>(isNew && !goesOn(symbol, keyCode, state));
+            });
+        watch.releasing = connect<void(guint, guint, GdkModifierType)>(
+            controller, "key-released", [this, controller](guint, guint keyCode, GdkModifierType) {
+                if (recent_.isNew(gtk_event_controller_get_current_event(controller))) {
+                    commandKeys_.release(keyCode);
+                }
             });
         gtk_widget_add_controller(window, controller);
     }
 
     static void detach(GtkWidget* window, Watch& watch) {
         watch.pressing.disconnect();
+        watch.releasing.disconnect();
         if (watch.controller != nullptr) {
             gtk_widget_remove_controller(window, std::exchange(watch.controller, nullptr));
         }
     }
 
-    bool goesOn(const PressedKey& press, GdkEvent* origin) {
+    bool goesOn(unsigned symbol, unsigned keyCode, GdkModifierType state) {
+        PressedKey press = pressedKeyOf(symbol, keyCode, state);
+        press.held.command = press.held.command || commandKeys_.areDown();
+        commandKeys_.press(symbol, keyCode);
         const std::optional<KeyEvent> event = keyEventOf(press);
-        return !event || !recent_.isNew(origin) || handler_(*event);
+        return !event || handler_(*event);
     }
 
     const Handler handler_;
@@ -142,6 +174,7 @@ private:
     SignalConnection changes_;
     std::map<GtkWidget*, Watch> watches_;
     RecentEvents recent_;
+    CommandKeys commandKeys_;
 };
 
 } // namespace

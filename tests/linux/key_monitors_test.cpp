@@ -139,12 +139,14 @@ protected:
     void start() {
         controllers_ = KeyControllers::start([this](const KeyEvent& event) {
             seen_.push_back(event.keyCode);
+            flags_.push_back(event.modifierFlags);
             return goesOn_;
         });
     }
 
     bool goesOn_ = true;
     std::vector<std::uint16_t> seen_;
+    std::vector<std::uint64_t> flags_;
     std::unique_ptr<KeyControllers> controllers_;
 };
 
@@ -208,6 +210,23 @@ TEST_F(KeyControllersTest, SeesAShortcutBeforeItsWindow) {
     driver_.release(keys::kLeftControl);
     EXPECT_TRUE(runLoopUntil([&] { return wasActivated; }));
     EXPECT_EQ(seen_, (std::vector<std::uint16_t>{kVirtualA}));
+}
+
+TEST_F(KeyControllersTest, TellsTheFullChord) {
+    TestWindow window;
+    ASSERT_TRUE(window.takeKeyboard());
+    start();
+    constexpr unsigned kModifiers[] = {keys::kLeftSuper, keys::kLeftShift, keys::kLeftControl, keys::kLeftAlt};
+    for (const unsigned modifier : kModifiers) {
+        driver_.press(modifier);
+    }
+    driver_.tap(keys::kS);
+    for (const unsigned modifier : kModifiers) {
+        driver_.release(modifier);
+    }
+    driver_.tap(keys::kA);
+    ASSERT_TRUE(runLoopUntil([&] { return seen_.size() == 2; }));
+    EXPECT_EQ(flags_, (std::vector<std::uint64_t>{0x1e0000, 0}));
 }
 
 TEST_F(KeyControllersTest, DropsAPressOnDemand) {
