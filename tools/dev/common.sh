@@ -4,7 +4,8 @@
 
 # ccache can serve files that use precompiled headers only when it may ignore their time stamps.
 export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
-export CMAKE_NO_VERBOSE=1
+# What one build folder compiled serves the others: paths count from the project's root, not from the machine's.
+export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=true CCACHE_ABSSTDERR=true
 
 say() { printf '%s\n' "==> $*"; }
 warn() { printf '%s\n' "warning: $*" >&2; }
