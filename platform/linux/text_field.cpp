@@ -37,7 +37,11 @@ GtkWidget* makeEntry() {
 
 } // namespace
 
-GtkTextField::GtkTextField(Rect frame) : ViewOf(frame) { makeControl(); }
+GtkTextField::GtkTextField(Rect frame) : ViewOf(frame) {
+    // Text that the user made larger than the frame shows as far as the parent's edge.
+    gtk_widget_set_overflow(core().widget(), GTK_OVERFLOW_VISIBLE);
+    makeControl();
+}
 
 void GtkTextField::makeControl() {
     core().setContent(editable_ ? makeEntry() : makeLabel());
