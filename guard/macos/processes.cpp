@@ -24,24 +24,20 @@ std::vector<kinfo_proc> processTable(int kind, pid_t number) {
     }
     std::vector<kinfo_proc> entries(size / sizeof(kinfo_proc) + 8); // more may be born between the two calls
     size = entries.size() * sizeof(kinfo_proc);
-    if (::sysctl(name, 4, entries.data(), &size, nullptr, 0) != 0) {
-        return {};
-    }
-    entries.resize(size / sizeof(kinfo_proc));
+    const bool succeeded = ::sysctl(name, 4, entries.data(), &size, nullptr, 0) == 0;
+    entries.resize(succeeded ? size / sizeof(kinfo_proc) : 0);
     return entries;
 }
 
 ProcessRecord recordFrom(const kinfo_proc& entry) {
     const timeval& start = entry.kp_proc.p_starttime;
-    ProcessRecord record;
-    record.pid = entry.kp_proc.p_pid;
-    record.parent = entry.kp_eproc.e_ppid;
-    record.group = entry.kp_eproc.e_pgid;
-    record.session = ::getsid(record.pid);
-    record.birth =
-        static_cast<std::uint64_t>(start.tv_sec) * kMicrosecondsPerSecond + static_cast<std::uint64_t>(start.tv_usec);
-    record.ended = entry.kp_proc.p_stat == SZOMB;
-    return record;
+    return ProcessRecord{.pid = entry.kp_proc.p_pid,
+                         .parent = entry.kp_eproc.e_ppid,
+                         .group = entry.kp_eproc.e_pgid,
+                         .session = ::getsid(entry.kp_proc.p_pid),
+                         .birth = static_cast<std::uint64_t>(start.tv_sec) * kMicrosecondsPerSecond +
+                                  static_cast<std::uint64_t>(start.tv_usec),
+                         .ended = entry.kp_proc.p_stat == SZOMB};
 }
 
 } // namespace
@@ -54,8 +50,7 @@ std::optional<ProcessRecord> processRecord(pid_t pid) {
 std::vector<ProcessRecord> livingMembers(pid_t group) {
     std::vector<ProcessRecord> members;
     for (const kinfo_proc& entry : processTable(KERN_PROC_PGRP, group)) {
-        const ProcessRecord record = recordFrom(entry);
-        if (record.group == group && !record.ended) {
+        if (const ProcessRecord record = recordFrom(entry); record.group == group && !record.ended) {
             members.push_back(record);
         }
     }
