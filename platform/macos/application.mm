@@ -52,6 +52,11 @@ using vantorel::Selector;
     });
 }
 
+/// Nothing of a window is restored by the system; without an answer it complains on standard error.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)__unused app {
+    return YES;
+}
+
 - (void)applicationWillTerminate:(NSNotification*)__unused notification {
     vantorel::mac::guarded([&] {
         if (const auto delegate = _delegate.lock()) delegate->applicationWillTerminate();
@@ -109,6 +114,9 @@ public:
     }
     int run() override {
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) quitOn(signal);
+        // A hidden or covered window must cost neither the probes their beat nor the page its socket.
+        activity_ = [NSProcessInfo.processInfo beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                                                                 reason:@"The window shows a running server"];
         // Ends the process by itself when the application terminates.
         [app_ run];
         return 0;
@@ -125,16 +133,23 @@ private:
     void quitOn(int signal) {
         std::signal(signal, [](int) {});
         dispatch_source_t source = dispatch_source_create(DISPATCH_SOURCE_TYPE_SIGNAL, static_cast<uintptr_t>(signal), 0,
-                                                          dispatch_get_main_queue());
+                                                          dispatch_get_global_queue(QOS_CLASS_DEFAULT, 0));
         NSApplication* const app = app_;
         dispatch_source_set_event_handler(source, ^{
-            [app terminate:nil];
+            // Not by the main queue: that one stands still while an alert is up that one of its blocks has opened.
+            CFRunLoopPerformBlock(CFRunLoopGetMain(), kCFRunLoopCommonModes, ^{
+                // A modal window forbids the end otherwise, and nobody may be there to answer it.
+                app.modalWindow.preventsApplicationTerminationWhenModal = NO;
+                [app terminate:nil];
+            });
+            CFRunLoopWakeUp(CFRunLoopGetMain());
         });
         dispatch_resume(source);
         signals_.push_back(source);
     }
 
     std::vector<dispatch_source_t> signals_;
+    id<NSObject> activity_ = nil;
     NSApplication* app_ = NSApplication.sharedApplication;
     VantorelApplicationDelegate* delegate_ = nil;
     std::shared_ptr<Menu> mainMenu_;

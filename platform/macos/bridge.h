@@ -32,6 +32,9 @@ NSColor* toNSColor(const Color& color);
 /// Nothing for nil.
 std::optional<PlatformError> toPlatformError(NSError* error);
 
+/// For an operation that has failed, whether or not it says why: no text is empty.
+PlatformError toFailure(NSError* error);
+
 /// Runs `function` where Objective-C is the caller: a C++ exception must not unwind through its frames, so it ends the
 /// process.
 template <typename Function, typename... Arguments>

@@ -57,4 +57,8 @@ std::optional<PlatformError> toPlatformError(NSError* error) {
     return PlatformError{toText(error.localizedDescription), toText(error.description)};
 }
 
+PlatformError toFailure(NSError* error) {
+    return toPlatformError(error).value_or(PlatformError{"Unknown error", "Unknown error"});
+}
+
 }  // namespace vantorel::mac

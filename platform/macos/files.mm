@@ -21,7 +21,7 @@ public:
                                                   error:&error]) {
             return std::nullopt;
         }
-        return toPlatformError(error);
+        return toFailure(error);
     }
     std::optional<std::string> readUtf8File(const std::string& path) const override {
         NSData* const data = [NSData dataWithContentsOfFile:toPath(path)];

@@ -10,6 +10,7 @@
 
 #include "platform/platform.h"
 
+#import "platform/macos/addresses.h"
 #import "platform/macos/alert.h"
 #import "platform/macos/application.h"
 #import "platform/macos/bridge.h"
@@ -125,6 +126,8 @@ std::unique_ptr<Platform> makeNativePlatform() {
     // A reader of the log that goes away costs the log, not the application. A handler, because unlike "ignore" it is not
     // handed down to the server.
     std::signal(SIGPIPE, [](int) {});
+    // Inherited as "ignore" it would cost the server's exit code.
+    std::signal(SIGCHLD, SIG_DFL);
     return std::make_unique<mac::MacPlatform>();
 }
 

@@ -2,6 +2,10 @@
 // A child process over NSTask, with a guard beside it that ends it when the application is gone.
 #import "platform/macos/process.h"
 
+#include <dispatch/dispatch.h>
+
+#include <atomic>
+
 #import "platform/macos/bridge.h"
 #import "platform/macos/guard_link.h"
 #import "platform/macos/pipe.h"
@@ -47,29 +51,26 @@ public:
     }
 
     std::optional<PlatformError> run() override {
+        for (const std::shared_ptr<Pipe>& pipe : {output_, errors_}) {
+            if (pipe && nsPipeOf(pipe) == nil) return PlatformError{kNoPipe, kNoPipe};
+        }
         task_.standardInput = NSFileHandle.fileHandleWithNullDevice;
         // The child's end is reported in any case, so it keeps this object alive until then.
         const std::shared_ptr<MacProcess> self = shared_from_this();
         task_.terminationHandler = ^(NSTask* __unused task) {
-            guarded([&] {
-                if (self->handler_) self->handler_(*self);
-            });
+            guarded([&] { self->tellEnd(); });
         };
-        NSError* error = nil;
-        @try {
-            launched_ = [task_ launchAndReturnError:&error];
-        } @catch (NSException* exception) {
-            // Raised in place of an error by some systems for a missing executable.
-            return PlatformError{toText(exception.reason), toText(exception.description)};
+        const std::optional<PlatformError> error = launch();
+        // The child has its own copies; ours would keep the end of output from ever coming.
+        for (const std::shared_ptr<Pipe>& pipe : {output_, errors_}) {
+            [nsPipeOf(pipe).fileHandleForWriting closeAndReturnError:nil];
         }
-        if (!launched_) {
+        if (error) {
             task_.terminationHandler = nil;
-            return toPlatformError(error);
+        } else {
+            guard_.start(task_.processIdentifier);
         }
-        // The child has its own copy; ours would keep the end of output from ever coming.
-        [nsPipeOf(output_).fileHandleForWriting closeAndReturnError:nil];
-        guard_.start(task_.processIdentifier);
-        return std::nullopt;
+        return error;
     }
 
     bool isRunning() const override { return launched_ && task_.running; }
@@ -86,6 +87,32 @@ public:
     }
 
 private:
+    static constexpr const char* kNoPipe = "The system has no pipe left";
+
+    std::optional<PlatformError> launch() {
+        NSError* error = nil;
+        @try {
+            if (![task_ launchAndReturnError:&error]) return toFailure(error);
+        } @catch (NSException* exception) {
+            // Raised in place of an error by some systems for a missing executable.
+            return PlatformError{toText(exception.reason), toText(exception.description)};
+        }
+        launched_ = true;
+        return std::nullopt;
+    }
+
+    /// On a thread of the task's own, perhaps before the launch has returned.
+    void tellEnd() {
+        launched_ = true;
+        if (handler_) handler_(*this);
+        // What the handler holds belongs to the main thread, and so does its release. The task's block holds this object.
+        const std::shared_ptr<MacProcess> self = shared_from_this();
+        dispatch_async(dispatch_get_main_queue(), ^{
+            self->handler_ = nullptr;
+            self->task_.terminationHandler = nil;
+        });
+    }
+
     static std::optional<std::string> pathOf(NSURL* url) {
         if (url == nil) return std::nullopt;
         return toText(url.path);
@@ -95,7 +122,7 @@ private:
     std::shared_ptr<Pipe> output_;
     std::shared_ptr<Pipe> errors_;
     std::function<void(Process&)> handler_;
-    bool launched_ = false;
+    std::atomic<bool> launched_ = false;
     GuardLink guard_;
 };
 

@@ -6,6 +6,7 @@
 
 #include <utility>
 
+#import "platform/macos/addresses.h"
 #import "platform/macos/bridge.h"
 
 /// Takes a redirect for the answer that it is.
@@ -46,7 +47,7 @@ public:
         // The request's own time-out starts anew with every byte; a body that trickles would never end.
         NSURLSessionDataTask* const task = task_;
         const auto bound = static_cast<int64_t>(timeoutSeconds_ * static_cast<double>(NSEC_PER_SEC));
-        dispatch_after(dispatch_time(DISPATCH_TIME_NOW, bound), dispatch_get_main_queue(), ^{
+        dispatch_after(dispatch_time(DISPATCH_TIME_NOW, bound), dispatch_get_global_queue(QOS_CLASS_DEFAULT, 0), ^{
             [task cancel];
         });
     }
@@ -56,14 +57,29 @@ private:
     double timeoutSeconds_;
 };
 
+/// A request that the system cannot even put into words: it fails, as one to a port that nobody can listen on does.
+class ImpossibleTask : public DataTask {
+public:
+    explicit ImpossibleTask(std::function<void(const UrlResult&)> completion) : completion_(std::move(completion)) {}
+
+    void resume() override {
+        const std::function<void(const UrlResult&)> completion = std::exchange(completion_, nullptr);
+        if (!completion) return;
+        dispatch_async(dispatch_get_global_queue(QOS_CLASS_DEFAULT, 0), ^{
+            guarded(completion, toResult(nil, badAddressError()));
+        });
+    }
+
+private:
+    std::function<void(const UrlResult&)> completion_;
+};
+
 class MacUrlSession : public UrlSession {
 public:
     std::shared_ptr<DataTask> dataTask(const UrlRequest& request,
                                        std::function<void(const UrlResult&)> completion) override {
-        NSURL* const url = [NSURL URLWithString:toNSString(request.address)];
-        NSMutableURLRequest* const urlRequest = [NSMutableURLRequest requestWithURL:url];
-        urlRequest.cachePolicy = static_cast<NSURLRequestCachePolicy>(request.cachePolicy);
-        urlRequest.timeoutInterval = request.timeoutSeconds;
+        NSURLRequest* const urlRequest = toURLRequest(request);
+        if (urlRequest == nil) return std::make_shared<ImpossibleTask>(std::move(completion));
         NSURLSessionDataTask* const task = [NSURLSession.sharedSession
             dataTaskWithRequest:urlRequest
               completionHandler:^(NSData* __unused data, NSURLResponse* response, NSError* error) {

@@ -2,8 +2,11 @@
 // The embedded browser over WKWebView.
 #import "platform/macos/web_view.h"
 
+#include <dispatch/dispatch.h>
+
 #include <utility>
 
+#import "platform/macos/addresses.h"
 #import "platform/macos/view.h"
 #import "platform/macos/web_view_configuration.h"
 #import "platform/macos/web_view_delegates.h"
@@ -35,11 +38,14 @@ public:
         view_.allowsBackForwardNavigationGestures = allowed;
     }
     void load(const UrlRequest& request) override {
-        NSURL* const url = [NSURL URLWithString:toNSString(request.address)];
-        NSMutableURLRequest* const urlRequest = [NSMutableURLRequest requestWithURL:url];
-        urlRequest.cachePolicy = static_cast<NSURLRequestCachePolicy>(request.cachePolicy);
-        urlRequest.timeoutInterval = request.timeoutSeconds;
-        [view_ loadRequest:urlRequest];
+        if (NSURLRequest* const urlRequest = toURLRequest(request)) {
+            [view_ loadRequest:urlRequest];
+            return;
+        }
+        WKWebView* const view = view_;
+        dispatch_async(dispatch_get_main_queue(), ^{
+            [view.navigationDelegate webView:view didFailProvisionalNavigation:nil withError:badAddressError()];
+        });
     }
     void reload() override { [view_ reload]; }
     double pageZoom() const override { return view_.pageZoom; }

@@ -82,6 +82,13 @@ private:
 
 class MacWebViewConfiguration : public WebViewConfiguration {
 public:
+    MacWebViewConfiguration() {
+        // The page keeps its socket to the server also while its window is hidden.
+        if (@available(macOS 14.0, *)) {
+            configuration_.preferences.inactiveSchedulingPolicy = WKInactiveSchedulingPolicyNone;
+        }
+    }
+
     WKWebViewConfiguration* native() const { return configuration_; }
     WebPreferences& preferences() override { return preferences_; }
     UserContentController& userContentController() override { return userContentController_; }

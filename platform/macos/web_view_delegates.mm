@@ -9,12 +9,11 @@
 #import "platform/macos/view.h"
 
 using vantorel::NavigationDelegate;
-using vantorel::PlatformError;
 using vantorel::UiDelegate;
 using vantorel::WebView;
 using vantorel::mac::guarded;
 using vantorel::mac::toNSString;
-using vantorel::mac::toPlatformError;
+using vantorel::mac::toFailure;
 using vantorel::mac::toText;
 
 @implementation VantorelNavigationDelegate {
@@ -42,7 +41,7 @@ using vantorel::mac::toText;
             withError:(NSError*)error {
     guarded([&] {
         const auto delegate = _delegate.lock();
-        if (delegate) delegate->didFailNavigation(*_view, toPlatformError(error).value_or(PlatformError{}));
+        if (delegate) delegate->didFailNavigation(*_view, toFailure(error));
     });
 }
 
@@ -51,7 +50,7 @@ using vantorel::mac::toText;
                        withError:(NSError*)error {
     guarded([&] {
         const auto delegate = _delegate.lock();
-        if (delegate) delegate->didFailProvisionalNavigation(*_view, toPlatformError(error).value_or(PlatformError{}));
+        if (delegate) delegate->didFailProvisionalNavigation(*_view, toFailure(error));
     });
 }
 

@@ -2,11 +2,23 @@
 // The top level window over NSWindow.
 #import "platform/macos/window.h"
 
+#include <algorithm>
+
 #import "platform/macos/view.h"
 
 namespace vantorel::mac {
 
 namespace {
+
+/// What the window server can place and show; beyond it AppKit raises an exception.
+constexpr double kLargestCoordinate = 16000;
+constexpr double kLargestSize = 10000;
+
+NSRect withinReach(const Rect& rect) {
+    return NSMakeRect(std::clamp(rect.origin.x, -kLargestCoordinate, kLargestCoordinate),
+                      std::clamp(rect.origin.y, -kLargestCoordinate, kLargestCoordinate),
+                      std::clamp(rect.size.width, 0.0, kLargestSize), std::clamp(rect.size.height, 0.0, kLargestSize));
+}
 
 class MacWindow : public Window {
 public:
@@ -35,7 +47,7 @@ private:
 }  // namespace
 
 std::shared_ptr<Window> makeWindow(Rect contentRect, unsigned style) {
-    NSWindow* const window = [[NSWindow alloc] initWithContentRect:toNSRect(contentRect)
+    NSWindow* const window = [[NSWindow alloc] initWithContentRect:withinReach(contentRect)
                                                          styleMask:static_cast<NSWindowStyleMask>(style)
                                                            backing:NSBackingStoreBuffered
                                                              defer:NO];

@@ -22,8 +22,4 @@ std::unique_ptr<Workspace> makeWorkspace() {
     return std::make_unique<MacWorkspace>();
 }
 
-bool isAddress(const std::string& text) {
-    return [NSURL URLWithString:toNSString(text)] != nil;
-}
-
 }  // namespace vantorel::mac

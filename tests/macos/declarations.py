@@ -132,7 +132,9 @@ def _read_plain(text, found):
     for statement in (" ".join(s.split()) for s in text.split(";")):
         if not statement or statement.startswith(("typedef", "@class")) or re.match(r"@protocol \w+$", statement):
             continue
-        function = re.match(r"[\w\s*]+?[\s*](\w+)\s*\(([^()]*)\)$", statement)
+        # A block as an argument counts as one, whatever it takes itself.
+        plain = re.sub(r"\w+ \(\^(\w+)\)\([^()]*\)", r"Block \1", statement)
+        function = re.match(r"[\w\s*]+?[\s*](\w+)\s*\(([^()]*)\)$", plain)
         if function:
             arguments = function.group(2).strip()
             found.functions[function.group(1)] = 0 if arguments in ("", "void") else arguments.count(",") + 1

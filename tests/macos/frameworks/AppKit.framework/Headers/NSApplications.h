@@ -5,6 +5,7 @@
 #import <AppKit/NSViews.h>
 
 @class NSMenu;
+@class NSWindow;
 @protocol NSApplicationDelegate;
 
 NS_ASSUME_NONNULL_BEGIN
@@ -13,6 +14,7 @@ NS_ASSUME_NONNULL_BEGIN
 @property (class, readonly, strong) NSApplication* sharedApplication;
 @property (nullable, weak) id<NSApplicationDelegate> delegate;
 @property (nullable, strong) NSMenu* mainMenu;
+@property (nullable, readonly, weak) NSWindow* modalWindow;
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
 - (void)run;
 - (void)terminate:(nullable id)sender;
@@ -22,6 +24,7 @@ NS_ASSUME_NONNULL_BEGIN
 @optional
 - (void)applicationDidFinishLaunching:(NSNotification*)notification;
 - (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)sender;
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)app __attribute__((availability(macos, introduced = 12.0)));
 - (void)applicationWillTerminate:(NSNotification*)notification;
 @end
 

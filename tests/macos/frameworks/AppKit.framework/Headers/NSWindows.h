@@ -36,6 +36,7 @@ typedef NSInteger NSWindowLevel;
 @property NSSize minSize;
 @property NSWindowLevel level;
 @property NSWindowSharingType sharingType;
+@property BOOL preventsApplicationTerminationWhenModal;
 - (void)makeKeyAndOrderFront:(nullable id)sender;
 - (void)center;
 @end

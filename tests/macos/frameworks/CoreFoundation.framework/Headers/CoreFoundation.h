@@ -15,6 +15,14 @@ typedef const struct __CFDictionary* CFDictionaryRef;
 typedef const struct __attribute__((objc_bridge(NSString))) __CFString* CFStringRef;
 typedef double CFTimeInterval;
 
+typedef struct __CFRunLoop* CFRunLoopRef;
+typedef CFStringRef CFRunLoopMode;
+extern const CFRunLoopMode kCFRunLoopCommonModes;
+
+CFRunLoopRef CFRunLoopGetMain(void);
+void CFRunLoopPerformBlock(CFRunLoopRef rl, CFTypeRef mode, void (^block)(void));
+void CFRunLoopWakeUp(CFRunLoopRef rl);
+
 CFTypeID CFGetTypeID(CFTypeRef cf);
 CFTypeID CFBooleanGetTypeID(void);
 

@@ -77,7 +77,13 @@ static inline CFTypeRef _Nullable CFBridgingRetain(id _Nullable X) {
 - (void)setValue:(nullable id)value forKey:(NSString*)key;
 @end
 
+typedef NSString* NSErrorDomain;
+typedef NSString* NSErrorUserInfoKey;
+
 @interface NSError : NSObject
++ (instancetype)errorWithDomain:(NSErrorDomain)domain
+                           code:(NSInteger)code
+                       userInfo:(nullable NSDictionary<NSErrorUserInfoKey, id>*)dict;
 @property (readonly, copy) NSString* domain;
 @property (readonly) NSInteger code;
 @property (readonly, copy) NSString* localizedDescription;

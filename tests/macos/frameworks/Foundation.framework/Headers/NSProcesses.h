@@ -26,9 +26,15 @@ extern NSFileAttributeKey const NSFilePosixPermissions;
 @property (readonly, copy, nullable) NSString* executablePath;
 @end
 
+typedef NS_OPTIONS(uint64_t, NSActivityOptions){
+    NSActivityUserInitiatedAllowingIdleSystemSleep = 0x00EFFFFF,
+};
+
 @interface NSProcessInfo : NSObject
 @property (class, readonly, strong) NSProcessInfo* processInfo;
 @property (readonly, copy) NSDictionary<NSString*, NSString*>* environment;
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options
+                                  reason:(NSString*)reason __attribute__((availability(macos, introduced = 10.9)));
 @end
 
 @interface NSUserDefaults : NSObject

@@ -7,6 +7,12 @@
 
 NS_ASSUME_NONNULL_BEGIN
 
+extern NSErrorDomain const NSURLErrorDomain;
+
+enum : NSInteger {
+    NSURLErrorBadURL = -1000,
+};
+
 @interface NSURL : NSObject
 + (nullable instancetype)URLWithString:(NSString*)URLString;
 + (NSURL*)fileURLWithPath:(NSString*)path;

@@ -28,8 +28,14 @@ typedef NS_ENUM(NSInteger, WKErrorCode){
         completionHandler:(void (^)(void))completionHandler;
 @end
 
+typedef NS_ENUM(NSInteger, WKInactiveSchedulingPolicy){
+    WKInactiveSchedulingPolicyNone = 2,
+};
+
 @interface WKPreferences : NSObject
 @property (nonatomic) BOOL javaScriptCanOpenWindowsAutomatically;
+@property (nonatomic) WKInactiveSchedulingPolicy inactiveSchedulingPolicy
+    __attribute__((availability(macos, introduced = 14.0)));
 @end
 
 @interface WKScriptMessage : NSObject

@@ -1,0 +1,23 @@
+// Vantorel. MIT licence, see LICENSE.
+// Addresses and requests over NSURL and NSURLRequest.
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include <string>
+
+#include "platform/foundation.h"
+
+namespace vantorel::mac {
+
+/// Whether `text` can be taken for an address. Recent systems form no NSURL of an impossible port such as -1; that is an
+/// address all the same, and requests for it fail.
+bool isAddress(const std::string& text);
+
+/// nil when no NSURL can be formed.
+NSURLRequest* toURLRequest(const UrlRequest& request);
+
+/// What a request without an NSURL fails with.
+NSError* badAddressError();
+
+}  // namespace vantorel::mac
