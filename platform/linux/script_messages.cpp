@@ -2,9 +2,13 @@
 // The channels on which a page's scripts post, and the scripts that are put into its frames.
 #include "platform/linux/script_messages.h"
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
+#include "platform/linux/message_guard.h"
+#include "platform/linux/script_bundle.h"
 #include "platform/linux/script_values.h"
 
 namespace vantorel::gtk {
@@ -25,11 +29,33 @@ WebKitUserScriptInjectionTime engineTime(UserScriptInjectionTime time) {
     return WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START;
 }
 
+/// Far more than the guard puts into one bundle.
+constexpr std::size_t kLongestBundle = std::size_t{8} << 20U;
+
+/// Calls `receive` for `value`, or for each of the messages in it when it is a bundle of the guard's.
+void forEachMessage(JSCValue* value, const std::function<void(const ScriptValue&)>& receive) {
+    if (jsc_value_is_string(value) != 0) {
+        const ScriptValue mark = scriptValueFrom(value, {.textBytes = kBundleMark.size()});
+        if (mark.asText()->starts_with(kBundleMark)) {
+            const ScriptValue bundle = scriptValueFrom(value, {.textBytes = kLongestBundle});
+            for (const ScriptValue& message : messagesFromBundle(*bundle.asText())) {
+                receive(message);
+            }
+            return;
+        }
+    }
+    receive(scriptValueFrom(value));
+}
+
 } // namespace
 
 ScriptMessages::ScriptMessages(const GtkUserContentController& content) {
     for (const GtkUserContentController::Handler& handler : content.handlers()) {
         addHandler(handler);
+        UserScript guard;
+        guard.source = messageGuardScript(handler.name);
+        guard.forMainFrameOnly = false;
+        addScript(guard);
     }
     for (const UserScript& script : content.scripts()) {
         addScript(script);
@@ -48,9 +74,11 @@ void ScriptMessages::addHandler(const GtkUserContentController::Handler& handler
     // Connected before the name is registered, as the engine's documentation asks, lest a message is lost.
     connections_.push_back(connect<void(JSCValue*)>(
         manager_.get(), ("script-message-received::" + handler.name).c_str(), [handler](JSCValue* value) {
-            if (const auto receiver = handler.handler.lock()) {
-                receiver->didReceiveScriptMessage(handler.name, scriptValueFrom(value));
-            }
+            forEachMessage(value, [&handler](const ScriptValue& message) {
+                if (const auto receiver = handler.handler.lock()) {
+                    receiver->didReceiveScriptMessage(handler.name, message);
+                }
+            });
         }));
     webkit_user_content_manager_register_script_message_handler(manager_.get(), handler.name.c_str(), nullptr);
 }
