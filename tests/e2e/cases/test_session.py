@@ -235,7 +235,7 @@ def test_full_disk_keeps_the_old_store(world):
 
 def test_no_home_folder(world):
     world.server.page(html("report('loaded', 1)"))
-    shell = world.launch(environment={"HOME": "/dev/null/home"},
+    shell = world.launch(environment={"HOME": "/proc/no/such/home"},
                          unset=["XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"])
     shell.wait_loaded()
     world.server.wait_report("loaded")

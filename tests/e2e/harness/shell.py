@@ -157,7 +157,9 @@ class Shell:
 
     def close_log(self):
         """Goes away as a reader: the shell's next log line finds nobody."""
-        os.close(os.dup2(os.open(os.devnull, os.O_RDONLY), self._pipe))
+        null = os.open(os.devnull, os.O_RDONLY)
+        os.dup2(null, self._pipe)
+        os.close(null)
 
     def pipe_size(self, size):
         """Sets the capacity of the log pipe."""
