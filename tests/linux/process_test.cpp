@@ -21,42 +21,46 @@ namespace {
 
 const char* const kNoGuard = "/nonexistent/guard";
 
-// Collects what a child prints.
+// Collects what a child prints. The handler may outlive the test, so what it writes to is shared.
 class Output {
 public:
     Output() : pipe_(makePipe()) {
-        pipe_->fileHandleForReading().setReadabilityHandler([this](FileHandle& handle) {
+        pipe_->fileHandleForReading().setReadabilityHandler([state = state_](FileHandle& handle) {
             const std::string chunk = handle.availableData();
-            const std::lock_guard lock(mutex_);
-            ++calls_;
-            ended_ = ended_ || chunk.empty();
-            text_ += chunk;
+            const std::lock_guard lock(state->mutex);
+            ++state->calls;
+            state->ended = state->ended || chunk.empty();
+            state->text += chunk;
         });
     }
 
     const std::shared_ptr<Pipe>& pipe() const { return pipe_; }
-    std::string text() {
-        const std::lock_guard lock(mutex_);
-        return text_;
+    std::string text() const {
+        const std::lock_guard lock(state_->mutex);
+        return state_->text;
     }
-    bool hasEnded() {
-        const std::lock_guard lock(mutex_);
-        return ended_;
+    bool hasEnded() const {
+        const std::lock_guard lock(state_->mutex);
+        return state_->ended;
     }
-    int calls() {
-        const std::lock_guard lock(mutex_);
-        return calls_;
+    int calls() const {
+        const std::lock_guard lock(state_->mutex);
+        return state_->calls;
     }
-    std::string wholeText() {
+    std::string wholeText() const {
         EXPECT_TRUE(waitUntil([this] { return hasEnded(); }));
         return text();
     }
 
 private:
-    std::mutex mutex_;
-    std::string text_;
-    bool ended_ = false;
-    int calls_ = 0;
+    struct State {
+        std::mutex mutex;
+        std::string text;
+        bool ended = false;
+        int calls = 0;
+    };
+
+    std::shared_ptr<State> state_ = std::make_shared<State>();
     std::shared_ptr<Pipe> pipe_;
 };
 
