@@ -22,9 +22,9 @@ INSIDE = "🏠 Local event (inside app): keyCode={}"
 EVENT = re.compile(r"^🔔 Key event detected: keyCode=(\d+), modifiers=(\d+), characters=(.*)$")
 
 
-def connected(world, page=None):
+def connected(world, page=None, **options):
     """A shell whose page has its socket open."""
-    shell, window = world.launch_loaded(page or html(socket=True))
+    shell, window = world.launch_loaded(page or html(socket=True), **options)
     world.server.wait_event("ws_open")
     return shell, window
 
@@ -451,3 +451,38 @@ def test_frames_are_compact_json(world):
     text = world.server.frames()[0]
     wait.same(text, '{"type":"trigger_hotkey","hotkey":"clear"}', "frame")
     wait.same(json.loads(text), {"type": "trigger_hotkey", "hotkey": "clear"}, "frame as an object")
+
+
+def test_display_without_the_record_extension(world):
+    world.desktop()
+    shell, window = connected(world, environment=world.without_record())
+    shell.wait_lines(["🔑 Accessibility access requested (system prompt shown)", "⌨️ Setting up global hotkeys...",
+                      "⚠️ WARNING: Accessibility permissions NOT granted!",
+                      "⚠️ Global hotkeys will NOT work until you grant permissions",
+                      "⚠️ Go to: System Settings → Privacy & Security → Accessibility",
+                      "⚠️ Add Vantorel.app and enable it",
+                      "🔧 Registering global event monitor...", "❌ Failed to register global event monitor!",
+                      "🔧 Registering local event monitor...", "✅ Local event monitor registered successfully",
+                      "✅ Global and local hotkeys registered (Shift + Ctrl + Option + Cmd + key)"], 3)
+    world.screen.activate(window)
+    for _ in range(3):
+        world.hands.hotkey("s")
+    world.server.wait_hotkeys(["screenshot_active"] * 3)
+    wait.stays(lambda: len(world.server.hotkeys()) == 3, 0.7, "each press counts once")
+    wait.same(shell.count(INSIDE.format(1)), 3, "local lines")
+    OtherWindow(world.screen)
+    world.hands.hotkey("d")
+    wait.stays(lambda: len(world.server.hotkeys()) == 3, 0.7, "keys of other programs are not seen")
+
+
+def test_prevented_and_typed_keys_without_the_record_extension(world):
+    world.desktop()
+    shell, window = connected(world, html(
+        "addEventListener('keydown', e => { if (e.code === 'KeyD') e.preventDefault(); }, true)", socket=True),
+        environment=world.without_record())
+    world.screen.activate(window)
+    mark = shell.mark()
+    for key in ("s", "d", "left", "s"):
+        world.hands.press(key)
+    wait.until(lambda: shell.count(re.compile("^🏠"), mark) >= 4, 3, "four local events")
+    wait.stays(lambda: shell.count(re.compile("^🏠"), mark) == 4, 0.7, "one event for each press")

@@ -25,6 +25,18 @@ GREEN_STATUS = "✅ Connected to server on port {}"
 ORANGE_STATUS = "⚠️ Server running but not responding..."
 
 
+DENY_RECORD = """
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <string.h>
+int XQueryExtension(void *display, const char *name, int *opcode, int *event, int *error) {
+    int (*real)(void *, const char *, int *, int *, int *) = dlsym(RTLD_NEXT, "XQueryExtension");
+    return strcmp(name, "RECORD") == 0 ? 0 : real(display, name, opcode, event, error);
+}
+int XRecordQueryVersion(void *display, int *major, int *minor) { return 0; }
+"""
+
+
 class Skipped(Exception):
     """The case can't be staged on this machine."""
 
@@ -386,6 +398,19 @@ class World:
                 if shell.running():
                     shell.kill()
             subprocess.run(["umount", "-l", folder], check=True)
+
+    def without_record(self):
+        """An environment in which a program finds no RECORD extension: a library put before the others denies it. The
+        virtual display itself can only leave out RECORD and the extension that presses the keys together."""
+        source, library = os.path.join(self.root, "deny.c"), os.path.join(self.root, "deny.so")
+        with open(source, "w", encoding="ascii") as file:
+            file.write(DENY_RECORD)
+        try:
+            subprocess.run(["cc", "-shared", "-fPIC", "-o", library, source, "-ldl"], check=True, capture_output=True)
+        except (OSError, subprocess.CalledProcessError) as problem:
+            raise Skipped(f"no C compiler here: {problem}") from None
+        return {"LD_PRELOAD": library,
+                "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
 
     def program_pid(self):
         """The number of the process that runs the bundle's program, or None."""
