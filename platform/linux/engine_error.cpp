@@ -13,28 +13,16 @@ PlatformError platformError(const GError& error) {
     return {text, std::string(domain != nullptr ? domain : "unknown") + " " + std::to_string(error.code) + ": " + text};
 }
 
-PlatformError platformError(const std::string& text) {
-    return {text, "Vantorel: " + text};
-}
+PlatformError platformError(const std::string& text) { return {text, "Vantorel: " + text}; }
 
-PlatformError timedOutError() {
-    return platformError("The request timed out.");
-}
+PlatformError timedOutError() { return platformError("The request timed out."); }
 
-PlatformError cancelledError() {
-    return platformError("The load was cancelled.");
-}
+PlatformError cancelledError() { return platformError("The load was cancelled."); }
 
-PlatformError refusedError() {
-    return platformError("The address uses a port that web pages can't be loaded from.");
-}
+PlatformError refusedError() { return platformError("The address uses a port that web pages can't be loaded from."); }
 
-PlatformError connectionLostError() {
-    return platformError("The network connection was lost.");
-}
+PlatformError connectionLostError() { return platformError("The network connection was lost."); }
 
-PlatformError pageProcessGoneError() {
-    return platformError("The page's process ended.");
-}
+PlatformError pageProcessGoneError() { return platformError("The page's process ended."); }
 
 } // namespace vantorel::gtk

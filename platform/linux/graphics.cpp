@@ -15,6 +15,9 @@ Environment graphicsVariables(const Environment& inherited, bool hasGraphicsProc
         variables["GSK_RENDERER"] = "cairo";
     if (!inherited.contains("GDK_DEBUG"))
         variables["GDK_DEBUG"] = "gl-disable";
+    // The engine would find that out by itself, and warn about it.
+    if (!inherited.contains("WEBKIT_DISABLE_COMPOSITING_MODE"))
+        variables["WEBKIT_DISABLE_COMPOSITING_MODE"] = "1";
     return variables;
 }
 

@@ -54,7 +54,8 @@ LoadTracker::Ended LoadTracker::failed(LoadFailure failure, const PlatformError&
         stage_ = Stage::requested;
         return std::nullopt;
     }
-    const bool broken = stage_ == Stage::committed || (stage_ == Stage::answered && failure != LoadFailure::interrupted);
+    const bool broken =
+        stage_ == Stage::committed || (stage_ == Stage::answered && failure != LoadFailure::interrupted);
     return end(!broken, error);
 }
 

@@ -29,9 +29,9 @@ enum class LoadFailure {
     cancelled,
 };
 
-/// Follows the loads of one view. Knows no engine. Each function returns the outcome to report, if the event ended a load.
-/// The engine reports loads that never started not at all, and the end of a load that was stopped after the next one
-/// was asked for: hence the care.
+/// Follows the loads of one view. Knows no engine. Each function returns the outcome to report, if the event ended a
+/// load. The engine reports loads that never started not at all, and the end of a load that was stopped after the next
+/// one was asked for: hence the care.
 class LoadTracker {
 public:
     using Ended = std::optional<LoadOutcome>;

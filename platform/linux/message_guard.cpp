@@ -132,8 +132,8 @@ constexpr std::string_view kScript = R"((function(name, mark, maxDepth, maxMembe
 } // namespace
 
 std::string messageGuardScript(const std::string& name) {
-    return std::string(kScript) + "('" + name + "', 'vantorel messages\\n', " + std::to_string(kMaxScriptValueDepth) + ", " +
-           std::to_string(kMaxScriptValueMembers) + ", " + std::to_string(kMaxScriptTextBytes) + ");";
+    return std::string(kScript) + "('" + name + "', 'vantorel messages\\n', " + std::to_string(kMaxScriptValueDepth) +
+           ", " + std::to_string(kMaxScriptValueMembers) + ", " + std::to_string(kMaxScriptTextBytes) + ");";
 }
 
 } // namespace vantorel::gtk

@@ -29,9 +29,10 @@ public:
     bool atEnd() const { return rest_.empty(); }
 
     std::optional<ScriptValue> value(std::size_t depth) {
-        if (rest_.empty()) {
+        if (rest_.empty() || valuesLeft_ == 0) {
             return std::nullopt;
         }
+        --valuesLeft_;
         const char kind = rest_.front();
         rest_.remove_prefix(1);
         switch (kind) {
@@ -136,6 +137,7 @@ private:
     }
 
     std::string_view rest_;
+    std::size_t valuesLeft_ = kMaxBundleValues;
 };
 
 } // namespace

@@ -35,8 +35,8 @@ ScriptEvaluations::~ScriptEvaluations() {
 
 void ScriptEvaluations::evaluate(WebKitWebView* view, const std::string& script, Completion completion) {
     pending_.remove_if([](const Pending& pending) { return !*pending; });
-    const auto pending = std::make_shared<Completion>(
-        completion ? std::move(completion) : [](const std::optional<PlatformError>&) {});
+    const auto pending =
+        std::make_shared<Completion>(completion ? std::move(completion) : [](const std::optional<PlatformError>&) {});
     pending_.push_back(pending);
     // A value that can't leave the page is no error, but the engine makes it one: so the value is always a number. The
     // line break ends a comment in the script's last line.
@@ -48,8 +48,8 @@ void ScriptEvaluations::evaluate(WebKitWebView* view, const std::string& script,
 void ScriptEvaluations::completed(GObject* source, GAsyncResult* result, gpointer data) {
     const std::unique_ptr<Pending> pending(static_cast<Pending*>(data));
     GError* error = nullptr;
-    const auto value = Object<JSCValue>::take(
-        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), result, &error));
+    const auto value =
+        Object<JSCValue>::take(webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), result, &error));
     const GErrorPointer owned(error);
     if (const Completion completion = std::exchange(**pending, nullptr)) {
         guarded(completion, outcome(error));

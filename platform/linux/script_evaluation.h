@@ -26,8 +26,8 @@ public:
     /// runs without end.
     ~ScriptEvaluations();
 
-    /// Runs `script` in the global scope of the view's page. `completion` comes once, later, also when the page's process
-    /// ends meanwhile. What the script's last statement gives is left in the page.
+    /// Runs `script` in the global scope of the view's page. `completion` comes once, later, also when the page's
+    /// process ends meanwhile. What the script's last statement gives is left in the page.
     void evaluate(WebKitWebView* view, const std::string& script, Completion completion);
 
 private:

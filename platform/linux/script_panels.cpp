@@ -42,9 +42,7 @@ private:
     bool handlerReturned_ = false;
 };
 
-std::string text(const char* bytes) {
-    return bytes != nullptr ? bytes : "";
-}
+std::string text(const char* bytes) { return bytes != nullptr ? bytes : ""; }
 
 void ask(const std::shared_ptr<Question>& question, WebKitScriptDialog* dialog, WebView& view, UiDelegate& delegate) {
     const std::string message = text(webkit_script_dialog_get_message(dialog));
@@ -61,15 +59,15 @@ void ask(const std::shared_ptr<Question>& question, WebKitScriptDialog* dialog, 
         break;
     case WEBKIT_SCRIPT_DIALOG_PROMPT: {
         const char* defaultText = webkit_script_dialog_prompt_get_default_text(dialog);
-        delegate.runTextInputPanel(
-            view, message, defaultText != nullptr ? std::optional<std::string>(defaultText) : std::nullopt,
-            [question](const std::optional<std::string>& answer) {
-                question->answer([&answer](WebKitScriptDialog* open) {
-                    if (answer) {
-                        webkit_script_dialog_prompt_set_text(open, answer->c_str());
-                    }
-                });
-            });
+        delegate.runTextInputPanel(view, message,
+                                   defaultText != nullptr ? std::optional<std::string>(defaultText) : std::nullopt,
+                                   [question](const std::optional<std::string>& answer) {
+                                       question->answer([&answer](WebKitScriptDialog* open) {
+                                           if (answer) {
+                                               webkit_script_dialog_prompt_set_text(open, answer->c_str());
+                                           }
+                                       });
+                                   });
         break;
     }
     case WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM:

@@ -40,7 +40,9 @@ Object<SoupMessage> makeMessage(const std::string& address) {
 class Exchange : public std::enable_shared_from_this<Exchange> {
 public:
     Exchange(Object<SoupSession> session, UrlRequest request, Completion completion)
-        : session_(std::move(session)), request_(std::move(request)), completion_(std::move(completion)) {}
+        : session_(std::move(session)),
+          request_(std::move(request)),
+          completion_(std::move(completion)) {}
 
     void start() {
         auto* self = new std::shared_ptr<Exchange>(shared_from_this());
@@ -57,7 +59,8 @@ public:
         }
         soup_message_add_flags(message.get(), SOUP_MESSAGE_NO_REDIRECT);
         message_ = message;
-        soup_session_send_async(session_.get(), message.get(), G_PRIORITY_DEFAULT, cancellable_.get(), answered, keep());
+        soup_session_send_async(session_.get(), message.get(), G_PRIORITY_DEFAULT, cancellable_.get(), answered,
+                                keep());
     }
 
 private:
@@ -72,8 +75,7 @@ private:
     static void answered(GObject* /*source*/, GAsyncResult* result, gpointer data) {
         const std::shared_ptr<Exchange> self = taken(data);
         GError* error = nullptr;
-        self->body_ =
-            Object<GInputStream>::take(soup_session_send_finish(self->session_.get(), result, &error));
+        self->body_ = Object<GInputStream>::take(soup_session_send_finish(self->session_.get(), result, &error));
         self->proceed(GErrorPointer(error));
     }
 
@@ -196,12 +198,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<UrlSession> makeUrlSession() {
-    return std::make_unique<SoupUrlSession>();
-}
+std::unique_ptr<UrlSession> makeUrlSession() { return std::make_unique<SoupUrlSession>(); }
 
-bool isAddress(const std::string& text) {
-    return isLoadableAddress(text);
-}
+bool isAddress(const std::string& text) { return isLoadableAddress(text); }
 
 } // namespace vantorel::gtk

@@ -43,7 +43,8 @@ bool hasBlockedPort(const std::string& address) {
 }
 
 LoadFailure kindOf(const GError& error) {
-    if (g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) != 0) {
+    if (g_error_matches(&error, WEBKIT_POLICY_ERROR, WEBKIT_POLICY_ERROR_FRAME_LOAD_INTERRUPTED_BY_POLICY_CHANGE) !=
+        0) {
         return LoadFailure::interrupted;
     }
     if (g_error_matches(&error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED) != 0) {
@@ -52,14 +53,14 @@ LoadFailure kindOf(const GError& error) {
     return LoadFailure::broken;
 }
 
-std::string text(const char* bytes) {
-    return bytes != nullptr ? bytes : "";
-}
+std::string text(const char* bytes) { return bytes != nullptr ? bytes : ""; }
 
 } // namespace
 
 GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> configuration)
-    : ViewOf(frame), configuration_(std::move(configuration)), store_(configuration_->websiteDataStore()),
+    : ViewOf(frame),
+      configuration_(std::move(configuration)),
+      store_(configuration_->websiteDataStore()),
       messages_(configuration_->userContentController()),
       view_(makeEngineView(configuration_->preferences(), store_->session(), messages_.manager())) {
     assertMainThread();
@@ -94,8 +95,8 @@ void GtkWebView::connectSignals() {
             askForWindow(action);
             return nullptr;
         }));
-    connections_.push_back(connect<gboolean(WebKitScriptDialog*)>(
-        view, "script-dialog", [this](WebKitScriptDialog* dialog) -> gboolean {
+    connections_.push_back(
+        connect<gboolean(WebKitScriptDialog*)>(view, "script-dialog", [this](WebKitScriptDialog* dialog) -> gboolean {
             const auto self = shared_from_this();
             return runScriptDialog(dialog, *this, uiDelegate_.lock()) ? TRUE : FALSE;
         }));
@@ -112,9 +113,7 @@ void GtkWebView::setNavigationDelegate(std::weak_ptr<NavigationDelegate> delegat
     navigationDelegate_ = std::move(delegate);
 }
 
-void GtkWebView::setUiDelegate(std::weak_ptr<UiDelegate> delegate) {
-    uiDelegate_ = std::move(delegate);
-}
+void GtkWebView::setUiDelegate(std::weak_ptr<UiDelegate> delegate) { uiDelegate_ = std::move(delegate); }
 
 void GtkWebView::setAllowsBackForwardNavigationGestures(bool allowed) {
     webkit_settings_set_enable_back_forward_navigation_gestures(webkit_web_view_get_settings(view_.get()), allowed);

@@ -14,9 +14,7 @@ void GtkWebPreferences::setValueForKey(bool value, const std::string& key) {
     }
 }
 
-void GtkWebPreferences::setJavaScriptCanOpenWindowsAutomatically(bool allowed) {
-    opensWindowsAutomatically_ = allowed;
-}
+void GtkWebPreferences::setJavaScriptCanOpenWindowsAutomatically(bool allowed) { opensWindowsAutomatically_ = allowed; }
 
 Object<WebKitSettings> GtkWebPreferences::makeSettings() const {
     auto settings = Object<WebKitSettings>::take(webkit_settings_new());
@@ -34,17 +32,13 @@ void GtkUserContentController::addScriptMessageHandler(std::weak_ptr<ScriptMessa
     handlers_.push_back({std::move(handler), name});
 }
 
-void GtkUserContentController::addUserScript(const UserScript& script) {
-    scripts_.push_back(script);
-}
+void GtkUserContentController::addUserScript(const UserScript& script) { scripts_.push_back(script); }
 
 std::shared_ptr<GtkWebsiteDataStore> GtkWebViewConfiguration::websiteDataStore() const {
     const std::shared_ptr<WebsiteDataStore> store = store_ != nullptr ? store_ : defaultWebsiteDataStore();
     return std::dynamic_pointer_cast<GtkWebsiteDataStore>(store);
 }
 
-std::shared_ptr<WebViewConfiguration> makeWebViewConfiguration() {
-    return std::make_shared<GtkWebViewConfiguration>();
-}
+std::shared_ptr<WebViewConfiguration> makeWebViewConfiguration() { return std::make_shared<GtkWebViewConfiguration>(); }
 
 } // namespace vantorel::gtk

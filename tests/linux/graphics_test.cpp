@@ -48,12 +48,15 @@ TEST_F(DeviceFolder, TheClosedDriverHasAnotherDevice) {
 }
 
 TEST(GraphicsVariables, AreOnlySetWithoutAGraphicsProcessor) {
-    EXPECT_EQ(graphicsVariables({}, false), (Environment{{"GSK_RENDERER", "cairo"}, {"GDK_DEBUG", "gl-disable"}}));
+    EXPECT_EQ(graphicsVariables({}, false), (Environment{{"GSK_RENDERER", "cairo"},
+                                                           {"GDK_DEBUG", "gl-disable"},
+                                                           {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"}}));
     EXPECT_TRUE(graphicsVariables({}, true).empty());
 }
 
 TEST(GraphicsVariables, LeaveTheUsersChoiceAlone) {
-    const Environment inherited = {{"GSK_RENDERER", "ngl"}, {"GDK_DEBUG", ""}};
+    const Environment inherited = {
+        {"GSK_RENDERER", "ngl"}, {"GDK_DEBUG", ""}, {"WEBKIT_DISABLE_COMPOSITING_MODE", "0"}};
     EXPECT_TRUE(graphicsVariables(inherited, false).empty());
 }
 

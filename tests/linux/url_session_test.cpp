@@ -128,8 +128,8 @@ TEST_F(UrlSessionTest, BrokenAnswersAreErrors) {
 }
 
 TEST_F(UrlSessionTest, AddressesThatCannotBeUsedAreErrors) {
-    for (const char* address : {"http://localhost:-1", "http://localhost:70000", "http://localhost:99999999999999",
-                                "", "nonsense", "http://", "ftp://localhost/", "http://localhost:0"}) {
+    for (const char* address : {"http://localhost:-1", "http://localhost:70000", "http://localhost:99999999999999", "",
+                                "nonsense", "http://", "ftp://localhost/", "http://localhost:0"}) {
         SCOPED_TRACE(address);
         expectError(probe(address));
     }
@@ -201,10 +201,13 @@ TEST_F(UrlSessionTest, ManyProbesAtOnceEachReportOnce) {
     request.address = server_.address();
     request.timeoutSeconds = 10;
     for (int i = 0; i < 50; ++i) {
-        session_->dataTask(request, [&](const UrlResult& result) {
-            EXPECT_EQ(result.statusCode, std::optional<int>(200));
-            ++completions;
-        })->resume();
+        session_
+            ->dataTask(request,
+                       [&](const UrlResult& result) {
+                           EXPECT_EQ(result.statusCode, std::optional<int>(200));
+                           ++completions;
+                       })
+            ->resume();
     }
     EXPECT_TRUE(runUntil([&] { return completions == 50; }));
 }
@@ -215,10 +218,13 @@ TEST_F(UrlSessionTest, ATaskReportsWhenTheSessionIsGone) {
     UrlRequest request;
     request.address = server_.address();
     request.timeoutSeconds = 1;
-    session_->dataTask(request, [&](const UrlResult& result) {
-        EXPECT_TRUE(result.error);
-        ++completions;
-    })->resume();
+    session_
+        ->dataTask(request,
+                   [&](const UrlResult& result) {
+                       EXPECT_TRUE(result.error);
+                       ++completions;
+                   })
+        ->resume();
     session_.reset();
     EXPECT_TRUE(runUntil([&] { return completions > 0; }));
     runFor(50ms);

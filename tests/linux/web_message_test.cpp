@@ -15,9 +15,7 @@ using namespace std::chrono_literals;
 using Dictionary = ScriptValue::Dictionary;
 using List = ScriptValue::List;
 
-ScriptValue text(const std::string& value) {
-    return {value};
-}
+ScriptValue text(const std::string& value) { return {value}; }
 
 class WebMessageTest : public WebViewTest {
 protected:
@@ -75,12 +73,14 @@ TEST_F(WebMessageTest, PlainValuesArriveAsTheyAre) {
     EXPECT_EQ(posted("null"), ScriptValue{});
     EXPECT_EQ(posted("undefined"), ScriptValue{});
     EXPECT_EQ(posted("[1, 'a', [false]]"), (ScriptValue{List{{1.0}, text("a"), {List{{false}}}}}));
-    EXPECT_EQ(posted("{type: 'log', message: 'x', more: {n: 1}}"),
-              (ScriptValue{Dictionary{{"type", text("log")}, {"message", text("x")}, {"more", {Dictionary{{"n", {1.0}}}}}}}));
+    EXPECT_EQ(
+        posted("{type: 'log', message: 'x', more: {n: 1}}"),
+        (ScriptValue{Dictionary{{"type", text("log")}, {"message", text("x")}, {"more", {Dictionary{{"n", {1.0}}}}}}}));
 }
 
 TEST_F(WebMessageTest, HalfCharactersDoNotEndAText) {
-    EXPECT_EQ(posted("'a\\ud800b'"), text("a\xEF\xBF\xBD" "b"));
+    EXPECT_EQ(posted("'a\\ud800b'"), text("a\xEF\xBF\xBD"
+                                          "b"));
 }
 
 TEST_F(WebMessageTest, OddValuesDoNoHarm) {
@@ -150,9 +150,19 @@ TEST_F(WebMessageTest, AFloodArrivesWholeAndInOrderWithoutHoldingUpTheWindow) {
 }
 
 TEST_F(WebMessageTest, ValuesOfEveryKindPassThroughAFlood) {
-    const std::vector<std::string> expressions{
-        "'a ✅ 😀'", "''", "'a\\0b'", "'a\\ud800b'", "1.5", "-1e300", "true", "false", "null", "undefined", "[1, ['a'], {}]",
-        "{type: 'log', message: '✅ 😀', 'ключ 😀': [null, {a: false}]}", "'é'.repeat(1e6)"};
+    const std::vector<std::string> expressions{"'a ✅ 😀'",
+                                               "''",
+                                               "'a\\0b'",
+                                               "'a\\ud800b'",
+                                               "1.5",
+                                               "-1e300",
+                                               "true",
+                                               "false",
+                                               "null",
+                                               "undefined",
+                                               "[1, ['a'], {}]",
+                                               "{type: 'log', message: '✅ 😀', 'ключ 😀': [null, {a: false}]}",
+                                               "'é'.repeat(1e6)"};
     std::vector<std::optional<ScriptValue>> expected;
     std::string script = "for (let i = 0; i < 1000; i++) post(0);";
     for (const std::string& expression : expressions) {

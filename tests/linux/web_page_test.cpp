@@ -117,8 +117,8 @@ TEST_F(WebPageTest, ZoomReachesThePageAndOutlivesAReload) {
 
 TEST_F(WebPageTest, AZoomThatIsNoneIsNotTaken) {
     view_->setPageZoom(1.5);
-    for (const double zoom : {0.0, -1.0, std::numeric_limits<double>::quiet_NaN(),
-                              std::numeric_limits<double>::infinity()}) {
+    for (const double zoom :
+         {0.0, -1.0, std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
         view_->setPageZoom(zoom);
         EXPECT_EQ(view_->pageZoom(), 1.5);
     }
@@ -226,27 +226,28 @@ TEST_F(WebPageTest, WindowsAndTargetsAskOnceEach) {
     run("document.getElementById('b').click()");
     ASSERT_TRUE(waitForCalls(3));
     runFor(200ms);
-    EXPECT_EQ(recorder_->calls, (std::vector<std::string>{"window: https://example.org/x",
-                                                          "window: https://example.org/a?b=c#d",
-                                                          "window: " + server_.address("/rel")}));
+    EXPECT_EQ(recorder_->calls,
+              (std::vector<std::string>{"window: https://example.org/x", "window: https://example.org/a?b=c#d",
+                                        "window: " + server_.address("/rel")}));
     expectInPage("location.pathname === '/'");
 }
 
 TEST_F(WebPageTest, PagesOpenWindowsWithoutAGesture) {
     server_.page("/", "<script>setTimeout(() => { opened = window.open('https://example.org/') }, 50)</script>");
     view_->load(request("/"));
-    EXPECT_TRUE(runUntil([&] {
-        return !recorder_->calls.empty() && recorder_->calls.back() == "window: https://example.org/";
-    }));
+    EXPECT_TRUE(runUntil(
+        [&] { return !recorder_->calls.empty() && recorder_->calls.back() == "window: https://example.org/"; }));
     expectInPage("opened === null");
 }
 
 TEST_F(WebPageTest, AddressesOfEveryKindArePassedOn) {
     loadPage("/");
-    const std::vector<std::pair<std::string, std::string>> addresses{
-        {"", "(none)"}, {"'about:blank'", "about:blank"}, {"'javascript:alert(1)'", "javascript:alert(1)"},
-        {"'mailto:a@example.org'", "mailto:a@example.org"}, {"'unknown-scheme:x'", "unknown-scheme:x"},
-        {"'data:text/html,x'", "data:text/html,x"}};
+    const std::vector<std::pair<std::string, std::string>> addresses{{"", "(none)"},
+                                                                     {"'about:blank'", "about:blank"},
+                                                                     {"'javascript:alert(1)'", "javascript:alert(1)"},
+                                                                     {"'mailto:a@example.org'", "mailto:a@example.org"},
+                                                                     {"'unknown-scheme:x'", "unknown-scheme:x"},
+                                                                     {"'data:text/html,x'", "data:text/html,x"}};
     for (const auto& [argument, expected] : addresses) {
         recorder_->calls.clear();
         run("window.open(" + argument + ")");
@@ -277,19 +278,19 @@ TEST_F(UserScriptTest, RunsAtTheStartInTheFramesItIsFor) {
     server_.page("/inner", "<p>inner");
     loadPage("/");
     const auto text = [](const char* value) { return ScriptValue{std::string(value)}; };
-    EXPECT_EQ(recorder_->messages, (std::vector<ScriptValue>{text("start of /"), text("main undefined"),
-                                                             text("start of /inner")}));
+    EXPECT_EQ(recorder_->messages,
+              (std::vector<ScriptValue>{text("start of /"), text("main undefined"), text("start of /inner")}));
 }
 
 TEST_F(WebPageTest, PreferencesReachTheEngine) {
     EXPECT_TRUE(webkit_settings_get_enable_javascript(webkit_web_view_get_settings(view_->engineView())));
     EXPECT_TRUE(webkit_settings_get_enable_developer_extras(webkit_web_view_get_settings(view_->engineView())));
-    EXPECT_TRUE(webkit_settings_get_allow_file_access_from_file_urls(
-        webkit_web_view_get_settings(view_->engineView())));
+    EXPECT_TRUE(
+        webkit_settings_get_allow_file_access_from_file_urls(webkit_web_view_get_settings(view_->engineView())));
     EXPECT_TRUE(webkit_settings_get_javascript_can_open_windows_automatically(
         webkit_web_view_get_settings(view_->engineView())));
-    EXPECT_FALSE(webkit_settings_get_enable_back_forward_navigation_gestures(
-        webkit_web_view_get_settings(view_->engineView())));
+    EXPECT_FALSE(
+        webkit_settings_get_enable_back_forward_navigation_gestures(webkit_web_view_get_settings(view_->engineView())));
 }
 
 } // namespace

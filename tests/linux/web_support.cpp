@@ -43,12 +43,11 @@ Listener listenOn(const std::string& host) {
         ::setsockopt(descriptor, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof only);
     }
     if (descriptor < 0 || ::bind(descriptor, reinterpret_cast<sockaddr*>(&place), size) != 0 ||
-        ::listen(descriptor, 64) != 0 ||
-        ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&place), &size) != 0) {
+        ::listen(descriptor, 64) != 0 || ::getsockname(descriptor, reinterpret_cast<sockaddr*>(&place), &size) != 0) {
         throw std::runtime_error("no socket to listen on " + host);
     }
-    const in_port_t port = six ? reinterpret_cast<sockaddr_in6&>(place).sin6_port
-                               : reinterpret_cast<sockaddr_in&>(place).sin_port;
+    const in_port_t port =
+        six ? reinterpret_cast<sockaddr_in6&>(place).sin6_port : reinterpret_cast<sockaddr_in&>(place).sin_port;
     return {descriptor, ntohs(port)};
 }
 
@@ -63,9 +62,7 @@ std::string pathOf(const std::string& request) {
     return begin == std::string::npos || end == std::string::npos ? "" : request.substr(begin + 1, end - begin - 1);
 }
 
-gboolean wakeUp(gpointer) {
-    return G_SOURCE_CONTINUE;
-}
+gboolean wakeUp(gpointer) { return G_SOURCE_CONTINUE; }
 
 } // namespace
 
@@ -153,9 +150,7 @@ std::string RawServer::address(const std::string& path) const {
     return "http://localhost:" + std::to_string(port_) + path;
 }
 
-int RawServer::count(const std::string& path) const {
-    return static_cast<int>(requests(path).size());
-}
+int RawServer::count(const std::string& path) const { return static_cast<int>(requests(path).size()); }
 
 std::vector<std::string> RawServer::requests(const std::string& path) const {
     const std::lock_guard lock(mutex_);

@@ -17,8 +17,7 @@
 namespace vantorel::gtk::test {
 
 /// Runs the main loop until `condition` holds; false when it does not within `patience`.
-bool runUntil(const std::function<bool()>& condition,
-              std::chrono::milliseconds patience = std::chrono::seconds(20));
+bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds patience = std::chrono::seconds(20));
 
 /// Runs the main loop for `time`, for what must not happen.
 void runFor(std::chrono::milliseconds time);
@@ -27,7 +26,9 @@ void runFor(std::chrono::milliseconds time);
 class Connection {
 public:
     Connection(int descriptor, std::string request, const std::atomic<bool>& stopping)
-        : descriptor_(descriptor), request_(std::move(request)), stopping_(stopping) {}
+        : descriptor_(descriptor),
+          request_(std::move(request)),
+          stopping_(stopping) {}
 
     const std::string& request() const { return request_; }
     /// False when the other side is gone.

@@ -6,9 +6,7 @@ namespace vantorel::gtk::test {
 
 using namespace std::chrono_literals;
 
-void Recorder::didFinishNavigation(WebView& /*view*/) {
-    calls.emplace_back("finished");
-}
+void Recorder::didFinishNavigation(WebView& /*view*/) { calls.emplace_back("finished"); }
 
 void Recorder::didFailNavigation(WebView& /*view*/, const PlatformError& error) {
     calls.push_back("failed: " + error.localizedDescription);

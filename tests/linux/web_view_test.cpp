@@ -135,7 +135,8 @@ TEST_F(WebViewLoadTest, NoAnswerInTimeIsProvisional) {
 
 TEST_F(WebViewLoadTest, AnAnswerStopsTheClock) {
     server_.on("/slow", [](const Connection& c) {
-        c.send("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 200003\r\n\r\n" + std::string(200000, 'x'));
+        c.send("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 200003\r\n\r\n" +
+               std::string(200000, 'x'));
         c.wait(2500ms);
         c.send("end");
     });
