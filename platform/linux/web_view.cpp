@@ -19,7 +19,7 @@ namespace vantorel::gtk {
 namespace {
 
 /// What a request has by default, for loads that the page or the user start.
-constexpr double kDefaultTimeoutSeconds = UrlRequest{}.timeoutSeconds;
+const double kDefaultTimeoutSeconds = UrlRequest().timeoutSeconds;
 
 Object<WebKitWebView> makeEngineView(const GtkWebPreferences& preferences, WebKitNetworkSession* session,
                                      WebKitUserContentManager* messages) {
