@@ -98,10 +98,27 @@ void GtkApp::terminate() {
     g_application_quit(G_APPLICATION(application_.get()));
 }
 
+void GtkApp::terminateSoon() {
+    if (quitRequest_ || terminating_)
+        return;
+    // A source of a priority of its own: the loop runs no other one in the same turn.
+    quitRequest_ = SourceId(g_idle_add_full(
+        G_PRIORITY_HIGH,
+        [](gpointer self) -> gboolean {
+            guarded([self] {
+                auto* app = static_cast<GtkApp*>(self);
+                app->quitRequest_.forget();
+                app->terminate();
+            });
+            return G_SOURCE_REMOVE;
+        },
+        this, nullptr));
+}
+
 void GtkApp::perform(const Selector& action) {
     assertMainThread();
     if (action == "terminate:") {
-        terminate();
+        terminateSoon();
         return;
     }
     if (!modals_.empty() || terminating_)
@@ -149,7 +166,7 @@ void GtkApp::windowWantsToClose(NativeWindow& window) {
     });
     const auto delegate = delegate_.lock();
     if (last && delegate && delegate->applicationShouldTerminateAfterLastWindowClosed()) {
-        terminate();
+        terminateSoon();
     } else {
         window.hide();
     }

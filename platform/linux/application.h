@@ -44,6 +44,9 @@ public:
 
     /// Ends the application: tells the delegate, once; ends modal loops; lets `run` return.
     void terminate();
+    /// The same as soon as everything that is ready now has had its turn, so that nothing comes after the delegate's
+    /// end.
+    void terminateSoon();
     /// Carries out a menu's action: the application's and the window's own, all others by the delegate. While an alert
     /// is up only "terminate:" is heard.
     void perform(const Selector& action);
@@ -66,6 +69,7 @@ private:
     ModalStack modals_;
     std::vector<SignalConnection> connections_;
     std::array<SourceId, 3> quitSignals_;
+    SourceId quitRequest_;
     unsigned long lastNumber_ = 0;
     bool launched_ = false;
     bool terminating_ = false;

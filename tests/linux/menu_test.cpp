@@ -37,7 +37,7 @@ Object<GMenuModel> linkAt(GMenuModel* model, int index, const char* link) {
 }
 
 class MenuTest : public GtkWorld {
-protected:
+public:
     /// A main menu with one menu titled `title` that holds `items`.
     std::shared_ptr<NativeMenu> install(const std::string& title, const std::vector<std::shared_ptr<MenuItem>>& items) {
         const auto main = std::make_shared<NativeMenu>("");
@@ -56,6 +56,7 @@ protected:
         const std::string action = std::static_pointer_cast<NativeMenuItem>(item)->detailedAction();
         g_action_group_activate_action(G_ACTION_GROUP(app->application()), action.substr(4).c_str(), nullptr);
     }
+    void note(const std::string& text) const { delegate->record.push_back(text); }
     GVariant* stateOf(const std::shared_ptr<MenuItem>& item) const {
         const std::string action = std::static_pointer_cast<NativeMenuItem>(item)->detailedAction();
         return g_action_group_get_action_state(G_ACTION_GROUP(app->application()), action.substr(4).c_str());
@@ -109,7 +110,44 @@ TEST_F(MenuTest, QuitEndsTheApplicationOnce) {
     install("", {item});
     choose(item);
     choose(item);
+    EXPECT_TRUE(waitUntil([this] { return app->isTerminating(); }));
+    choose(item);
+    app->terminate();
     EXPECT_EQ(delegate->record, (Texts{"launched", "will terminate"}));
+}
+
+TEST_F(MenuTest, WhatIsReadyComesBeforeTheEnd) {
+    const auto item = makeMenuItem(*app, "Quit", "terminate:", "q");
+    install("", {item});
+    g_idle_add_full(
+        G_PRIORITY_DEFAULT,
+        [](gpointer data) -> gboolean {
+            static_cast<MenuTest*>(data)->note("ready");
+            return G_SOURCE_REMOVE;
+        },
+        this, nullptr);
+    struct Choice {
+        MenuTest* test;
+        std::shared_ptr<MenuItem> item;
+    };
+    Choice choice{this, item};
+    g_idle_add_full(
+        G_PRIORITY_DEFAULT,
+        [](gpointer data) -> gboolean {
+            const auto* chosen = static_cast<Choice*>(data);
+            chosen->test->choose(chosen->item);
+            return G_SOURCE_REMOVE;
+        },
+        &choice, nullptr);
+    g_idle_add_full(
+        G_PRIORITY_DEFAULT,
+        [](gpointer data) -> gboolean {
+            static_cast<MenuTest*>(data)->note("ready too");
+            return G_SOURCE_REMOVE;
+        },
+        this, nullptr);
+    EXPECT_TRUE(waitUntil([this] { return app->isTerminating(); }));
+    EXPECT_EQ(delegate->record, (Texts{"launched", "ready", "ready too", "will terminate"}));
 }
 
 TEST_F(MenuTest, WindowActionsReachTheWindow) {
