@@ -2,6 +2,8 @@
 // What a page's scripts ask of the user: alert, confirm, prompt, and leave to go.
 #include "platform/linux/script_panels.h"
 
+#include "platform/linux/c_text.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,7 +47,7 @@ private:
 std::string text(const char* bytes) { return bytes != nullptr ? bytes : ""; }
 
 void ask(const std::shared_ptr<Question>& question, WebKitScriptDialog* dialog, WebView& view, UiDelegate& delegate) {
-    const std::string message = text(webkit_script_dialog_get_message(dialog));
+    const std::string message = textOf(webkit_script_dialog_get_message(dialog));
     switch (webkit_script_dialog_get_dialog_type(dialog)) {
     case WEBKIT_SCRIPT_DIALOG_ALERT:
         delegate.runAlertPanel(view, message, [question] { question->answer([](WebKitScriptDialog*) {}); });
