@@ -44,8 +44,6 @@ private:
     bool handlerReturned_ = false;
 };
 
-std::string text(const char* bytes) { return bytes != nullptr ? bytes : ""; }
-
 void ask(const std::shared_ptr<Question>& question, WebKitScriptDialog* dialog, WebView& view, UiDelegate& delegate) {
     const std::string message = textOf(webkit_script_dialog_get_message(dialog));
     switch (webkit_script_dialog_get_dialog_type(dialog)) {
