@@ -2,7 +2,8 @@
 # Vantorel. MIT licence, see LICENSE.
 """Cross-builds build-macos/Vantorel.app for Macs with Arm processors and proves what can be proven without a Mac.
 
-Prints one line for each proof, "OK" or "FAIL", and exits with 1 when one failed. Needs npm and rsvg-convert.
+Prints one line for each proof, "OK" or "FAIL", and exits with 1 when one failed. Needs npm, rsvg-convert and GoogleTest's
+headers and sources, as Debian's packages bring them.
 """
 
 import concurrent.futures
@@ -32,6 +33,11 @@ OBJC_FLAGS = ["-fobjc-arc", "-fblocks", "-F", str(ROOT / "tests" / "macos" / "fr
               "-Wno-gnu", "-Wno-pedantic"]
 SHELL_FOLDERS = ("app", "server", "web", "ui", "hotkeys", "platform/portable", "platform/macos")
 GUARD_FOLDERS = ("guard", "guard/macos")
+TEST_FOLDERS = ("tests/contract", "tests/macos/native")
+# Other platforms' worlds of the contract.
+NOT_ON_MACOS = ("fake_", "linux_")
+GOOGLETEST = pathlib.Path("/usr/src/googletest")
+GOOGLETEST_SOURCES = ("googletest/src/gtest-all.cc", "googlemock/src/gmock-all.cc", "googlemock/src/gmock_main.cc")
 
 failures = []
 
@@ -58,20 +64,43 @@ def sources(folders):
     return [path for folder in folders for path in sorted((ROOT / folder).glob("*.*")) if path.suffix in (".cpp", ".mm")]
 
 
+def test_sources():
+    return [path for path in sources(TEST_FOLDERS) if not path.name.startswith(NOT_ON_MACOS)]
+
+
 def object_of(source):
-    return BUILD / "objects" / (str(source.relative_to(ROOT)).replace("/", "_") + ".o")
+    place = source.relative_to(ROOT if source.is_relative_to(ROOT) else GOOGLETEST)
+    return BUILD / "objects" / (str(place).replace("/", "_") + ".o")
+
+
+def test_framework_headers():
+    """A folder that holds the test framework's headers and nothing else of this system's."""
+    folder = BUILD / "include"
+    folder.mkdir(parents=True, exist_ok=True)
+    for name in ("gtest", "gmock"):
+        place = folder / name
+        if not place.exists():
+            place.symlink_to(pathlib.Path("/usr/include") / name)
+    return folder
 
 
 def compile_one(zig, source):
     """The compiler's complaints about `source`; "" when there are none."""
     output = object_of(source)
     language = OBJC_FLAGS if source.suffix == ".mm" else []
-    done = subprocess.run([zig, "c++", *TARGET, *FLAGS, *language, "-c", str(source), "-o", str(output)],
+    if source.is_relative_to(GOOGLETEST):
+        flags = ["-std=c++20", "-w", *(f"-I{GOOGLETEST / part}{place}" for part in ("googletest", "googlemock")
+                                       for place in ("", "/include"))]
+    elif source.is_relative_to(ROOT / "tests"):
+        flags = [*FLAGS, "-O0", "-isystem", str(test_framework_headers())]
+    else:
+        flags = FLAGS
+    done = subprocess.run([zig, "c++", *TARGET, *flags, *language, "-c", str(source), "-o", str(output)],
                           capture_output=True, text=True, check=False)
-    return "" if done.returncode == 0 else f"{source.relative_to(ROOT)}:\n{done.stderr[-2000:]}"
+    return "" if done.returncode == 0 else f"{source}:\n{done.stderr[-2000:]}"
 
 
-def compile_all(zig, every):
+def compile_all(zig, what, every):
     object_of(every[0]).parent.mkdir(parents=True, exist_ok=True)
     # The first one makes the compiler build its own libraries; the others would only wait for it.
     complaints = [compile_one(zig, every[0])]
@@ -80,7 +109,7 @@ def compile_all(zig, every):
     complaints = [text for text in complaints if text]
     for text in complaints:
         print(text)
-    proof("all sources compile without warnings", not complaints, f"{len(every)} files")
+    proof(f"{what} compile without warnings", not complaints, f"{len(every)} files")
     return not complaints
 
 
@@ -158,6 +187,18 @@ def check_api(modules):
             print(done.stdout)
 
 
+def check_native_tests(zig, shell):
+    """The tests that run on a Mac only: here they must at least build, so that they can't rot."""
+    framework = [GOOGLETEST / path for path in GOOGLETEST_SOURCES]
+    missing = [str(path) for path in framework if not path.exists()]
+    if missing:
+        proof("the native tests build", False, "missing: " + " ".join(missing))
+        return
+    tests = test_sources()
+    if compile_all(zig, "the native tests", tests + framework):
+        link(zig, BUILD / "macos_tests", tests + framework + shell, FRAMEWORKS)
+
+
 def check_seam():
     done = subprocess.run([sys.executable, str(ROOT / "tests" / "macos" / "seam_check.py")], capture_output=True, text=True,
                           check=False)
@@ -170,7 +211,7 @@ def main():
     zig = str(modules / ".bin" / "zig")
     shell, guard = sources(SHELL_FOLDERS), sources(GUARD_FOLDERS)
     guard_needs = [s for s in shell if s.parent.name == "portable"]
-    if compile_all(zig, shell + guard):
+    if compile_all(zig, "all sources", shell + guard):
         programs = APP / "Contents" / "MacOS"
         if link(zig, programs / "Vantorel", shell, FRAMEWORKS):
             check_program(programs / "Vantorel", [*FRAMEWORKS, "libobjc.A.dylib", "libSystem.B.dylib"])
@@ -179,6 +220,7 @@ def main():
         lay_out()
         check_plist()
         check_resources()
+        check_native_tests(zig, [s for s in shell if s.name != "main.cpp"])
     check_api(modules)
     check_seam()
     print("left out: vantor-srv, since libsoup has no cross-built form here; the resource seal, which needs Apple's codesign")

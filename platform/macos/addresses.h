@@ -10,8 +10,8 @@
 
 namespace vantorel::mac {
 
-/// Whether `text` can be taken for an address. Recent systems form no NSURL of an impossible port such as -1; that is an
-/// address all the same, and requests for it fail.
+/// Whether `text` can be taken for an address, by the rule of all platforms: NSURL takes nearly any text for one, and on
+/// recent systems none with an impossible port such as -1. Requests for those fail.
 bool isAddress(const std::string& text);
 
 /// nil when no NSURL can be formed.

@@ -8,7 +8,7 @@
 namespace vantorel::mac {
 
 bool isAddress(const std::string& text) {
-    return isLoadableAddress(text) || [NSURL URLWithString:toNSString(text)] != nil;
+    return isLoadableAddress(text);
 }
 
 NSURLRequest* toURLRequest(const UrlRequest& request) {

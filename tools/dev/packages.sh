@@ -19,7 +19,7 @@ packages_for() {
         clang) echo clang "libclang-rt-14-dev|libclang-rt-dev" ;;
         valgrind) echo valgrind ;;
         bench) echo libbenchmark-dev valgrind ;;
-        macos) echo python3 npm librsvg2-bin ;;
+        macos) echo python3 npm librsvg2-bin libgtest-dev libgmock-dev ;;
         package) echo dpkg-dev file desktop-file-utils appstream lintian ;;
         *) fail "no such group of packages: $1" ;;
     esac

@@ -2,6 +2,7 @@
 // AppKit: the application, its delegate, the workspace.
 #pragma once
 
+#import <AppKit/NSEvents.h>
 #import <AppKit/NSViews.h>
 
 @class NSMenu;
@@ -18,6 +19,15 @@ NS_ASSUME_NONNULL_BEGIN
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;
 - (void)run;
 - (void)terminate:(nullable id)sender;
+- (void)finishLaunching;
+- (void)stop:(nullable id)sender;
+- (nullable NSEvent*)nextEventMatchingMask:(NSEventMask)mask
+                                 untilDate:(nullable NSDate*)expiration
+                                    inMode:(NSRunLoopMode)mode
+                                   dequeue:(BOOL)deqFlag;
+- (void)sendEvent:(NSEvent*)event;
+- (void)postEvent:(NSEvent*)event atStart:(BOOL)flag;
+- (BOOL)sendAction:(SEL)action to:(nullable id)target from:(nullable id)sender;
 @end
 
 @protocol NSApplicationDelegate <NSObject>

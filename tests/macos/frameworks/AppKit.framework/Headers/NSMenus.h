@@ -2,7 +2,7 @@
 // AppKit: menus.
 #pragma once
 
-#import <Foundation/Foundation.h>
+#import <AppKit/NSEvents.h>
 
 @class NSMenu;
 
@@ -13,6 +13,12 @@ typedef NSInteger NSControlStateValue;
 @interface NSMenuItem : NSObject
 + (NSMenuItem*)separatorItem;
 - (instancetype)initWithTitle:(NSString*)string action:(nullable SEL)selector keyEquivalent:(NSString*)charCode;
+@property (copy) NSString* title;
+@property (nullable) SEL action;
+@property (nullable, weak) id target;
+@property (copy) NSString* keyEquivalent;
+@property NSEventModifierFlags keyEquivalentModifierMask;
+@property (readonly, getter=isSeparatorItem) BOOL separatorItem;
 @property (nullable, strong) NSMenu* submenu;
 @property NSControlStateValue state;
 @end
@@ -20,6 +26,8 @@ typedef NSInteger NSControlStateValue;
 @interface NSMenu : NSObject
 - (instancetype)initWithTitle:(NSString*)title;
 - (void)addItem:(NSMenuItem*)newItem;
+@property (copy) NSString* title;
+@property (copy) NSArray<NSMenuItem*>* itemArray;
 @end
 
 NS_ASSUME_NONNULL_END

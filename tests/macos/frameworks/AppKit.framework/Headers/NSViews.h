@@ -5,6 +5,7 @@
 #import <Foundation/Foundation.h>
 
 @class CALayer;
+@class NSWindow;
 
 NS_ASSUME_NONNULL_BEGIN
 
@@ -19,6 +20,7 @@ NS_ASSUME_NONNULL_BEGIN
 
 @interface NSFont : NSObject
 + (NSFont*)systemFontOfSize:(CGFloat)fontSize;
+@property (readonly) CGFloat pointSize;
 @end
 
 typedef NS_OPTIONS(NSUInteger, NSAutoresizingMaskOptions){
@@ -42,6 +44,8 @@ typedef NS_ENUM(NSInteger, NSWindowOrderingMode){
 @property NSAutoresizingMaskOptions autoresizingMask;
 @property NSRect frame;
 @property NSRect bounds;
+@property (copy) NSArray<__kindof NSView*>* subviews;
+@property (nullable, readonly, weak) NSWindow* window;
 @property BOOL wantsLayer;
 @property (nullable, strong) CALayer* layer;
 @end
@@ -49,12 +53,18 @@ typedef NS_ENUM(NSInteger, NSWindowOrderingMode){
 @interface NSControl : NSView
 @property (copy) NSString* stringValue;
 @property (nullable, strong) NSFont* font;
+- (void)performClick:(nullable id)sender;
+@end
+
+@interface NSButton : NSControl
+@property (copy) NSString* title;
 @end
 
 @interface NSTextField : NSControl
 @property (nullable, copy) NSColor* backgroundColor;
 @property (nullable, copy) NSColor* textColor;
 @property (getter=isBordered) BOOL bordered;
+@property (getter=isBezeled) BOOL bezeled;
 @property (getter=isEditable) BOOL editable;
 @end
 

@@ -30,6 +30,9 @@ typedef NSInteger NSWindowLevel;
                             backing:(NSBackingStoreType)backingStoreType
                               defer:(BOOL)flag;
 @property (copy) NSString* title;
+@property NSWindowStyleMask styleMask;
+@property (readonly, getter=isVisible) BOOL visible;
+@property (getter=isReleasedWhenClosed) BOOL releasedWhenClosed;
 @property (nullable, strong) NSView* contentView;
 @property (nullable, weak) NSView* initialFirstResponder;
 @property (readonly) NSRect frame;
@@ -39,6 +42,8 @@ typedef NSInteger NSWindowLevel;
 @property BOOL preventsApplicationTerminationWhenModal;
 - (void)makeKeyAndOrderFront:(nullable id)sender;
 - (void)center;
+- (void)setContentSize:(NSSize)size;
+- (void)close;
 @end
 
 typedef NS_ENUM(NSUInteger, NSAlertStyle){

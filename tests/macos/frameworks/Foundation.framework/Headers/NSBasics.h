@@ -51,6 +51,11 @@ static inline NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat w, CGFloat h) {
     return rect;
 }
 
+static inline NSPoint NSMakePoint(CGFloat x, CGFloat y) {
+    NSPoint point = {x, y};
+    return point;
+}
+
 static inline NSSize NSMakeSize(CGFloat w, CGFloat h) {
     NSSize size = {w, h};
     return size;
@@ -103,6 +108,7 @@ typedef NSString* NSErrorUserInfoKey;
 
 typedef NSString* NSRunLoopMode;
 extern NSRunLoopMode const NSRunLoopCommonModes;
+extern NSRunLoopMode const NSDefaultRunLoopMode;
 
 @interface NSRunLoop : NSObject
 @property (class, readonly, strong) NSRunLoop* mainRunLoop;

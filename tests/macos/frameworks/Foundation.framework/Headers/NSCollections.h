@@ -7,6 +7,14 @@
 NS_ASSUME_NONNULL_BEGIN
 
 @interface NSArray<__covariant ObjectType> : NSObject <NSFastEnumeration>
+@property (readonly) NSUInteger count;
+- (ObjectType)objectAtIndexedSubscript:(NSUInteger)idx;
++ (instancetype)arrayWithObjects:(const ObjectType _Nonnull[_Nonnull])objects count:(NSUInteger)cnt;
+@end
+
+@interface NSMutableArray<ObjectType> : NSArray <ObjectType>
++ (instancetype)array;
+- (void)addObject:(ObjectType)anObject;
 @end
 
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject <NSFastEnumeration>

@@ -33,6 +33,8 @@ typedef NS_OPTIONS(uint64_t, NSActivityOptions){
 @interface NSProcessInfo : NSObject
 @property (class, readonly, strong) NSProcessInfo* processInfo;
 @property (readonly, copy) NSDictionary<NSString*, NSString*>* environment;
+@property (copy) NSString* processName;
+@property (readonly) NSTimeInterval systemUptime;
 - (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options
                                   reason:(NSString*)reason __attribute__((availability(macos, introduced = 10.9)));
 @end
@@ -44,6 +46,7 @@ typedef NS_OPTIONS(uint64_t, NSActivityOptions){
 - (nullable NSString*)stringForKey:(NSString*)defaultName;
 - (BOOL)boolForKey:(NSString*)defaultName;
 - (void)setBool:(BOOL)value forKey:(NSString*)defaultName;
+- (void)removePersistentDomainForName:(NSString*)domainName;
 @end
 
 @interface NSFileHandle : NSObject

@@ -7,6 +7,7 @@
 NS_ASSUME_NONNULL_BEGIN
 
 typedef NSUInteger NSStringEncoding;
+typedef unsigned short unichar;
 enum : NSStringEncoding {
     NSUTF8StringEncoding = 4,
     NSISOLatin1StringEncoding = 5,
@@ -16,6 +17,7 @@ enum : NSStringEncoding {
 @property (readonly) NSUInteger length;
 - (nullable instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)len encoding:(NSStringEncoding)encoding;
 - (nullable NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy;
++ (instancetype)stringWithCharacters:(const unichar*)characters length:(NSUInteger)length;
 - (BOOL)isEqualToString:(NSString*)aString;
 @property (readonly, copy) NSString* stringByDeletingLastPathComponent;
 @end
@@ -35,10 +37,16 @@ enum : NSStringEncoding {
 + (NSNumber*)numberWithBool:(BOOL)value;
 + (NSNumber*)numberWithInt:(int)value;
 + (NSNumber*)numberWithUnsignedInt:(unsigned int)value;
++ (NSNumber*)numberWithDouble:(double)value;
+@end
+
+@interface NSNull : NSObject
++ (NSNull*)null;
 @end
 
 @interface NSDate : NSObject
 + (instancetype)dateWithTimeIntervalSince1970:(NSTimeInterval)secs;
++ (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)secs;
 @end
 
 NS_ASSUME_NONNULL_END
