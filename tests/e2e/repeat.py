@@ -14,11 +14,13 @@ FOLDER = os.path.dirname(os.path.abspath(__file__))
 
 
 def cases():
-    """All cases as (TOPIC.NAME, argument for run.py), in the order of the files."""
+    """All cases as (TOPIC.NAME, argument for run.py, whether it must run alone), in the order of the files."""
     for file in sorted(glob.glob(os.path.join(FOLDER, "cases", "test_*.py"))):
-        with open(file, encoding="utf-8") as text:
-            for name in re.findall(r"^def test_(\w+)\(", text.read(), re.MULTILINE):
-                yield f"{os.path.basename(file)[5:-3]}.{name}", f"{file}::test_{name}"
+        with open(file, encoding="utf-8") as source:
+            text = source.read()
+        alone = re.search(r"^# serial$", text, re.MULTILINE) is not None
+        for name in re.findall(r"^def test_(\w+)\(", text, re.MULTILINE):
+            yield f"{os.path.basename(file)[5:-3]}.{name}", f"{file}::test_{name}", alone
 
 
 def run(argument, application):
@@ -39,12 +41,16 @@ def main():
     options = parser.parse_intermixed_args()
     chosen = [case for case in cases() if not options.patterns or any(re.search(p, case[0]) for p in options.patterns)]
     failures = {}
-    with concurrent.futures.ThreadPoolExecutor(options.j) as pool:
-        jobs = {pool.submit(run, argument, options.app): name
-                for _ in range(options.count) for name, argument in chosen}
-        for job in concurrent.futures.as_completed(jobs):
-            passed, output = job.result()
-            name = jobs[job]
+
+    def results(alone):
+        with concurrent.futures.ThreadPoolExecutor(1 if alone else options.j) as pool:
+            jobs = {pool.submit(run, argument, options.app): name
+                    for _ in range(options.count) for name, argument, serial in chosen if serial == alone}
+            for job in concurrent.futures.as_completed(jobs):
+                yield jobs[job], *job.result()
+
+    for alone in (False, True):
+        for name, passed, output in results(alone):
             last = output.rstrip().rpartition("\n")[2]
             print(last if last.startswith(("PASS", "FAIL")) else f"FAIL {name}: {last}", flush=True)
             if not passed:
