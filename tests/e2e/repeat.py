@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # Vantorel. MIT licence, see LICENSE.
-# Runs end-to-end cases again and again, several at a time, and lists what failed: repeat.py N [PATTERN…] [-j J] [--app A]
+# Runs end-to-end cases again and again, several at a time, and lists what failed: repeat.py N [PATTERN…] [-j J]
 
 import argparse
 import concurrent.futures

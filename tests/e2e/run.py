@@ -17,7 +17,8 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 
 from harness import children  # noqa: E402
-from harness.world import Skipped, World  # noqa: E402
+from harness.staging import Skipped  # noqa: E402
+from harness.world import World  # noqa: E402
 
 
 def load(file):

@@ -74,7 +74,8 @@ def test_direct_posts(world):
 def test_nul_and_half_characters(world):
     shell, _ = world.launch_loaded(html(r"""
         console.log('a\u0000b'); console.log('half \ud800 mark'); console.log('half \udc00');
-        webkit.messageHandlers.consoleLog.postMessage({type: 'log\u0000x', message: 'odd type'}); console.log('end')"""))
+        webkit.messageHandlers.consoleLog.postMessage({type: 'log\u0000x', message: 'odd type'});
+        console.log('end')"""))
     shell.wait_line("🔵 JS Log: end")
     assert shell.find(re.compile(r"^🔵 JS Log: a")), "a text with a NUL is not lost"
     assert shell.find(re.compile(r"^🔵 JS Log: half .* mark$")), "a text with half a character is not lost"

@@ -13,7 +13,7 @@ import time
 from harness import children, latency, wait
 from harness.other import OtherWindow
 from harness.page import colored, html
-from harness.world import GREEN_STATUS, ORANGE_STATUS
+from harness.status import GREEN_STATUS, ORANGE_STATUS
 
 MOMENTS = (0.03, 0.15, 0.3, 0.5, 0.8, 1.3, 2.1, 3.1, 3.5, 4.2)
 

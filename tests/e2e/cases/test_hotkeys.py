@@ -226,8 +226,8 @@ def test_held_key_repeats(world):
 
 
 def test_held_key_repeats_in_the_page(world):
-    shell, window = connected(world, html("addEventListener('keydown', e => { if (e.code === 'KeyS') report('s', 1); })",
-                                          socket=True))
+    shell, window = connected(world, html(
+        "addEventListener('keydown', e => { if (e.code === 'KeyS') report('s', 1); })", socket=True))
     world.screen.activate(window)
     held(world, 1.3, lambda: None)
     wait.settled(lambda: len(world.server.hotkeys()), 0.7)
@@ -349,7 +349,8 @@ def test_burst_in_the_page(world):
 
 
 def test_while_an_alert_is_up(world):
-    shell, window = connected(world, html("setTimeout(() => { alert('wait'); report('closed', 1); }, 500)", socket=True))
+    shell, window = connected(world, html(
+        "setTimeout(() => { alert('wait'); report('closed', 1); }, 500)", socket=True))
     dialog = world.dialog(shell)
     world.screen.activate(dialog)
     mark = shell.mark()

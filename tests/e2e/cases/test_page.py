@@ -90,7 +90,8 @@ def test_no_content_is_a_failure(world):
 
 
 def test_never_from_the_cache(world):
-    headers = {"Cache-Control": "public, max-age=36000", "ETag": '"a"', "Last-Modified": "Tue, 01 Jan 2019 00:00:00 GMT"}
+    headers = {"Cache-Control": "public, max-age=36000", "ETag": '"a"',
+               "Last-Modified": "Tue, 01 Jan 2019 00:00:00 GMT"}
     world.server.page({"body": colored("#224466"), "headers": headers})
     shell, window = world.launch_loaded()
     world.wait_page_color(window, (0x22, 0x44, 0x66))

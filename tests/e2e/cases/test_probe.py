@@ -3,7 +3,7 @@
 
 from harness import wait
 from harness.page import html
-from harness.world import GREEN_STATUS, ORANGE_STATUS
+from harness.status import GREEN_STATUS, ORANGE_STATUS
 
 
 def test_first_after_two_seconds_then_every_two(world):

@@ -241,7 +241,8 @@ def test_signals_and_descriptors_of_the_server(world):
 
 
 def test_a_broken_pipe_ends_the_server_as_usual(world):
-    world.bundle.use_server("#!/bin/sh\n(sh -c 'kill -PIPE $$; echo survived'; echo \"status $?\")\nexec /bin/sleep 1000\n")
+    world.bundle.use_server("#!/bin/sh\n(sh -c 'kill -PIPE $$; echo survived'; echo \"status $?\")\n"
+                            "exec /bin/sleep 1000\n")
     shell = world.launch()
     line = shell.wait_line(re.compile("^🤖 Server: "))
     assert line.text.startswith("🤖 Server: status 14") or "Broken" in line.text, line.text

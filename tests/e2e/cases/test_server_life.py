@@ -5,7 +5,7 @@ import re
 
 from harness import children, wait
 from harness.page import html
-from harness.world import ORANGE_STATUS
+from harness.status import ORANGE_STATUS
 
 PREFIX = "🤖 Server: "
 
@@ -123,7 +123,8 @@ def test_only_blanks(world):
 
 def test_invalid_bytes_drop_the_chunk(world):
     shell = printing(world, "printf 'good\\n'; sleep 0.4; printf 'bad \\377\\376\\n'; sleep 0.4;"
-                            "printf 'overlong \\300\\257\\n'; sleep 0.4; printf 'surrogate \\355\\240\\200\\n'; sleep 0.4;"
+                            "printf 'overlong \\300\\257\\n'; sleep 0.4;"
+                            "printf 'surrogate \\355\\240\\200\\n'; sleep 0.4;"
                             "printf 'beyond \\364\\220\\200\\200\\n'; sleep 0.4; printf 'end 🤖\\n'")
     shell.wait_line(PREFIX + "end 🤖")
     wait.same(relayed(shell), ["good", "end 🤖"], "relayed lines")

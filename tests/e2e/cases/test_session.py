@@ -8,7 +8,7 @@ import subprocess
 from harness import latency, wait
 from harness.other import OtherWindow
 from harness.page import html
-from harness.world import GREEN_STATUS
+from harness.status import GREEN_STATUS
 
 IDLE_SERVER = "#!/bin/sh\nexec sleep 1000\n"
 

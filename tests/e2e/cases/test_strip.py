@@ -3,7 +3,7 @@
 
 from harness import wait
 from harness.page import colored
-from harness.world import GREEN_STATUS, ORANGE_STATUS, is_strip_grey
+from harness.status import GREEN_STATUS, ORANGE_STATUS, is_strip_grey
 
 IDLE_SERVER = "#!/bin/sh\nexec sleep 1000\n"
 

@@ -1,5 +1,5 @@
 # Vantorel. MIT licence, see LICENSE.
-# How fast a window answers while something goes on: one ping after the other, each held against the machine's own delay.
+# How fast a window answers while something goes on: ping after ping, each held against the machine's own delay.
 
 import time
 

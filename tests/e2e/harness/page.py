@@ -1,5 +1,5 @@
 # Vantorel. MIT licence, see LICENSE.
-# Pages for the cases. What a page finds out comes back as requests of "/report?NAME=VALUE", seen in the server's record.
+# Pages for the cases. What a page finds out comes back as requests of "/report?NAME=VALUE" in the server's record.
 
 HELPER = """
 function report(name, value) {

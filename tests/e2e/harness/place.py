@@ -33,7 +33,8 @@ class Home:
             "GIO_USE_VFS": "local", "NO_AT_BRIDGE": "0", "PYTHONDONTWRITEBYTECODE": "1",
         }
         for name, value in os.environ.items():
-            if name.endswith("SAN_OPTIONS") or name in ("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "LLVM_PROFILE_FILE"):
+            if name.endswith("SAN_OPTIONS") or name in ("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS",
+                                                        "LLVM_PROFILE_FILE"):
                 environment[name] = value
         return environment
 

@@ -188,6 +188,7 @@ class Shell:
         """Toolkit warnings and sanitizer reports that the shell process itself wrote to standard error."""
         with open(self.error_file, encoding="utf-8", errors="replace") as file:
             text = file.read()
-        ours = re.compile(rf":{self.pid}\): .*-(WARNING|CRITICAL|ERROR) \*\*|\*\* \(.*:{self.pid}\): (WARNING|CRITICAL)")
+        ours = re.compile(rf":{self.pid}\): .*-(WARNING|CRITICAL|ERROR) \*\*"
+                          rf"|\*\* \(.*:{self.pid}\): (WARNING|CRITICAL|ERROR)")
         reports = re.compile(r"Sanitizer|runtime error:|terminate called|Assertion .* failed")
         return [line for line in text.splitlines() if ours.search(line) or reports.search(line)]
