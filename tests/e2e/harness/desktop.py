@@ -1,15 +1,17 @@
 # Vantorel. MIT licence, see LICENSE.
 # The private desktop of a case: virtual X server, message bus and window manager, each with settings of its own.
 
+import glob
 import os
 import random
 import subprocess
 
 from harness import wait
 
+# What the session bus may start: accessibility for reading texts, and the settings of the window manager.
 SERVICES = {
     "org.a11y.Bus": "/usr/libexec/at-spi-bus-launcher",
-    "org.xfce.Xfconf": "/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd",
+    "org.xfce.Xfconf": "/usr/lib/*/xfce4/xfconf/xfconfd",
 }
 
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
@@ -51,7 +53,8 @@ def start_bus(children, home):
     """Starts a session bus that can activate only what the suite needs; returns (process, address)."""
     services = os.path.join(home.root, "services")
     os.makedirs(services, exist_ok=True)
-    for name, program in SERVICES.items():
+    for name, pattern in SERVICES.items():
+        program = (glob.glob(pattern) or [pattern])[0]
         with open(os.path.join(services, f"{name}.service"), "w", encoding="ascii") as file:
             file.write(f"[D-BUS Service]\nName={name}\nExec={program}\n")
     configuration = os.path.join(home.root, "bus.conf")
