@@ -13,7 +13,10 @@ packages_for() {
             ;;
         run) echo bubblewrap xdg-dbus-proxy fonts-dejavu-core fonts-noto-color-emoji ;; # for the engine and its pages
         display) echo xvfb xfwm4 dbus x11-utils imagemagick ;;
-        tests) echo python3 python3-xlib python3-pil xdotool x11-xserver-utils xauth dbus-x11 weston xwayland ;;
+        tests)
+            echo python3 python3-xlib python3-pil python3-gi at-spi2-core openbox xfconf x11-xkb-utils xdotool \
+                x11-xserver-utils xauth dbus-x11 weston xwayland
+            ;;
         layout) echo git clang-format ;;
         lint) echo git python3 clang clang-format clang-tidy shellcheck ;;
         clang) echo clang "libclang-rt-14-dev|libclang-rt-dev" ;;
