@@ -38,6 +38,7 @@ class World(Menus, Staging, Status):
         self.allowed_complaints = ["Disabled hardware acceleration because GTK failed to initialize GL"]
         self.engine_patience = 5.0  # seconds that the engine's processes have to end after their shell
         self._ax = None
+        self._wayland = None
 
     # The desktop
 
@@ -55,11 +56,25 @@ class World(Menus, Staging, Status):
         """Starts a window manager."""
         self.manager = desktop.start_window_manager(self.children, name, self.environment(), self.screen)
 
+    def wayland(self, xwayland=False, keyboard=False):
+        """Starts a Wayland session in place of an X11 one, on wish with an X server inside, or in a window on a virtual
+        display whose keyboard and mouse it takes."""
+        if keyboard:
+            self.desktop(manager=None)
+        else:
+            self.bus, self.bus_address = desktop.start_bus(self.children, self.home)
+        self._wayland, name = desktop.start_compositor(self.children, self.home, self.screen, xwayland)
+        if xwayland:
+            self.screen = Screen(name)
+
     def environment(self):
         """The environment of a program in this session."""
         environment = self.home.environment()
-        environment["DISPLAY"] = self.screen.name
-        environment["XDG_SESSION_TYPE"] = "x11"
+        environment["XDG_SESSION_TYPE"] = "wayland" if self._wayland else "x11"
+        if self._wayland:
+            environment["WAYLAND_DISPLAY"] = self._wayland
+        if self.screen and not (self._wayland and self.hands):
+            environment["DISPLAY"] = self.screen.name
         if self.bus_address:
             environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus_address
         return environment
@@ -75,7 +90,7 @@ class World(Menus, Staging, Status):
 
     def launch(self, environment=None, unset=(), program=None, **options):
         """Starts the shell; `environment` adds variables, `unset` takes some away."""
-        if self.screen is None:
+        if self.screen is None and self._wayland is None:
             self.desktop()
         if self.bus_address:
             self.ax  # the accessibility bus must be there before the toolkit looks for it
