@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <chrono>
 #include <condition_variable>
 #include <csignal>
 #include <filesystem>
@@ -26,6 +27,8 @@
 namespace vantorel::gtk {
 
 namespace {
+
+constexpr std::chrono::seconds kLauncherPatience{1};
 
 bool isFolder(const std::string& path) {
     struct stat info {};
@@ -154,6 +157,11 @@ private:
             pid_ = launched.pid;
             guardLine_ = std::move(launched.guardLine);
         }
+        mainQueue().async([self = shared_from_this()] {
+            const std::lock_guard lock(self->mutex_);
+            self->launcherIsDone_ = true;
+            self->launched_.notify_all();
+        });
         startThread("server-exit", [self = shared_from_this()]() mutable { waitForEnd(std::move(self)); }).detach();
         return std::nullopt;
     }
@@ -165,10 +173,18 @@ private:
         }
         std::function<void(Process&)> handler = self->reap();
         if (handler) {
+            self->letTheLauncherFinish();
             handler(*self);
         }
         // What the handler holds belongs to the main thread, and so does its release.
         mainQueue().async([self = std::move(self), handler = std::move(handler)] {});
+    }
+
+    // A child may end before run() has returned; its end is reported after what the caller says of its start. The main
+    // loop's next turn tells that the caller is done, and where no loop runs the report comes all the same.
+    void letTheLauncherFinish() {
+        std::unique_lock lock(mutex_);
+        launched_.wait_for(lock, kLauncherPatience, [this] { return launcherIsDone_; });
     }
 
     std::function<void(Process&)> reap() {
@@ -191,11 +207,13 @@ private:
 
     mutable std::mutex mutex_;
     std::condition_variable ended_;
+    std::condition_variable launched_;
     std::function<void(Process&)> handler_;
     FileDescriptor guardLine_;
     pid_t pid_ = 0;
     int status_ = 0;
     bool hasEnded_ = false;
+    bool launcherIsDone_ = false;
 };
 
 } // namespace

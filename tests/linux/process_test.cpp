@@ -206,6 +206,14 @@ TEST_P(ProcessTest, CallsTerminationHandlerOnceOnAnotherThread) {
     EXPECT_TRUE(wasElsewhere);
 }
 
+TEST_P(ProcessTest, TellsOfTheEndWhenTheLauncherIsDone) {
+    const auto ended = std::make_shared<std::atomic<bool>>(false);
+    process_->setTerminationHandler([ended](Process&) { *ended = true; });
+    runToEnd("exit 1");
+    EXPECT_FALSE(*ended) << "the caller of run() may still have to say that it succeeded";
+    EXPECT_TRUE(runLoopUntil([&] { return ended->load(); }));
+}
+
 TEST_P(ProcessTest, ReleasesTheHandlerOnTheMainThread) {
     std::atomic<bool> released = false;
     std::thread::id releasedOn;
