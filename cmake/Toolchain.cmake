@@ -53,6 +53,8 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
     set(CMAKE_C_FLAGS_RELEASE "-O2 -DNDEBUG")
     set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
     add_compile_options(-ffunction-sections -fdata-sections -fstack-protector-strong)
+    # The same bytes, whatever folder they are built in.
+    add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
     if(NOT VANTOREL_SANITIZE)
         add_compile_options(-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
     endif()

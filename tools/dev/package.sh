@@ -2,10 +2,53 @@
 # Vantorel. MIT licence, see LICENSE.
 # Packages to install from.
 
+# The time of the newest entry in the package's changelog: all files in the package carry it.
+package_time() { dpkg-parsechangelog -l packaging/linux/changelog -S Timestamp; }
+
+# pack FOLDER: makes the package of a build folder and prints its path.
+pack() {
+    local log=$1/package.log
+    (cd "$1" && cpack) >"$log" 2>&1 || { cat "$log" >&2; fail "the package can't be made"; }
+    sed -n 's/^CPack: - package: \(.*\) generated\.$/\1/p' "$log"
+}
+
+# package [--check] [CMAKE OPTION...], for example -DVANTOREL_SERVER=/path/to/vantor-srv
 cmd_package() {
+    local check='' package
+    if [ "${1:-}" = --check ]; then
+        check=yes
+        shift
+    fi
     ensure build package
-    configure release
-    build release
+    is_macos || export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(package_time)}
+    configure release -DVANTOREL_SERVER= "$@"
+    build release bundle installed_files
     say "packing"
-    (cd build-release && cpack "$@") || fail "the package can't be made"
+    package=$(pack build-release) || exit 1
+    say "made ${package#"$PWD/"}, $(stat -c %s "$package" 2>/dev/null || stat -f %z "$package") bytes"
+    [ -z "$check" ] || check_package "$package" "$@"
+}
+
+# All that has to hold of a package: what it says and holds, that it can be made again, and its life on a clean root.
+check_package() {
+    local package=$1 status=0
+    shift
+    is_macos && fail "the package of Linux can be checked on Linux only"
+    ensure run display package-check
+    report "what is in the package" tests/package/contents.sh "$package" || status=1
+    report "the same bytes again" check_package_again "$package" "$@" || status=1
+    report "on a clean root" as_root tests/package/clean_root.sh "$package" || status=1
+    return $status
+}
+
+# Builds once more in another folder, with nothing of the compiler cache, and compares.
+check_package_again() {
+    local package=$1 again
+    shift
+    again=$(mktemp -d "$PWD/build-again.XXXXXX")
+    trap 'rm -rf "$again"' RETURN
+    (umask 077 && cmake --preset release -B "$again" "$@" >/dev/null &&
+        CCACHE_DISABLE=1 cmake --build "$again" --parallel "$(processors)" --target bundle installed_files >/dev/null) ||
+        return 1
+    cmp "$package" "$(umask 077 && pack "$again")" && sha256sum "$package"
 }

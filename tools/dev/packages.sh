@@ -23,7 +23,8 @@ packages_for() {
         valgrind) echo valgrind ;;
         bench) echo libbenchmark-dev valgrind ;;
         macos) echo python3 npm librsvg2-bin libgtest-dev libgmock-dev ;;
-        package) echo dpkg-dev file desktop-file-utils appstream lintian ;;
+        package) echo dpkg-dev file gzip librsvg2-bin ;;
+        package-check) echo appstream desktop-file-utils devscripts lintian man-db mmdebstrap python3 ;;
         *) fail "no such group of packages: $1" ;;
     esac
 }
@@ -85,7 +86,7 @@ ensure_on_macos() {
 cmd_doctor() {
     local group missing status=0
     if is_debian; then
-        for group in build run display tests lint clang valgrind bench macos package; do
+        for group in build run display tests lint clang valgrind bench macos package package-check; do
             missing=$(missing_packages "$group" | tr '\n' ' ')
             if [ -z "$missing" ]; then
                 printf 'OK    packages for %s\n' "$group"
