@@ -239,7 +239,7 @@ def test_page_process_stopped(world):
     pids = wait.until(lambda: shell.helpers("WebKitWebProcess"), 5, "the page process runs")
     for pid in pids:
         os.kill(pid, signal.SIGSTOP)
-    pings = latency.Watch(world.screen, window)
+    pings = latency.Watch(world, shell)
     pings.during(2)
     pings.expect_below(0.2)
     world.wait_status(shell, GREEN_STATUS.format(world.port))

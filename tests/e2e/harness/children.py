@@ -65,6 +65,18 @@ def cpu_seconds(pid):
     return (int(rest[11]) + int(rest[12])) / os.sysconf("SC_CLK_TCK")
 
 
+def waited(pid, threads=True):
+    """Seconds for which the process's threads (or just its first one) were ready to run but had no processor."""
+    total = 0
+    for thread in os.listdir(f"/proc/{pid}/task") if threads else [pid]:
+        try:
+            with open(f"/proc/{pid}/task/{thread}/schedstat", encoding="ascii") as file:
+                total += int(file.read().split()[1])
+        except OSError:
+            pass  # the thread has ended, or the kernel keeps no such account
+    return total / 1e9
+
+
 def memory(pid):
     """Private and proportionally shared memory of the process (PSS), in bytes."""
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:

@@ -1,26 +1,30 @@
 # Vantorel. MIT licence, see LICENSE.
-# How fast a window answers while something goes on: ping after ping, each held against the machine's own delay.
+# How fast a window answers while something goes on: ping after ping, less the time for which there was no processor.
 
+import os
 import time
 
-from harness import wait
+from harness import children, wait
 
 
 class Watch:
-    """Pings a window again and again. What the harness itself waits for the processor and the display is measured
-    beside each ping and taken off, so that a busy machine isn't blamed on the window."""
+    """Pings a shell's window again and again. The time for which the shell's main thread, the display or the harness
+    stood in the processor's queue is taken off, so that a busy machine isn't blamed on the window."""
 
-    def __init__(self, screen, window):
-        self._screen = screen
-        self._window = window
+    def __init__(self, world, shell):
+        self._screen = world.screen
+        self._window = world.window(shell)
+        self._pids = [shell.pid, world.display_server.pid, os.getpid()]
         self.delays = []
+
+    def _queued(self):
+        return sum(children.waited(pid, threads=False) for pid in self._pids)
 
     def ping(self):
         """One more ping."""
-        begun = time.monotonic()
-        self._screen.display.sync()
-        own = time.monotonic() - begun
-        self.delays.append(max(self._screen.ping(self._window, 30) - own, 0))
+        before = self._queued()
+        delay = self._screen.ping(self._window, 30)
+        self.delays.append(max(delay - (self._queued() - before), 0))
 
     def until(self, condition, timeout, pause=0.01):
         """Pings until the condition holds."""
