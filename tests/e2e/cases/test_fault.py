@@ -168,7 +168,7 @@ def test_display_dies(world):
 
 def test_session_bus_dies(world):
     shell, window = world.launch_loaded(html(socket=True))
-    world.server.wait_event("ws_open")
+    world.server.wait_socket()
     world.bus.kill()
     world.bus.wait()
     probes = len(world.server.requests("probe"))
@@ -217,7 +217,7 @@ def test_page_process_killed_again_and_again(world):
 
 def test_page_process_killed_while_a_hotkey_is_on_its_way(world):
     shell, window = world.launch_loaded(html(socket=True))
-    world.server.wait_event("ws_open")
+    world.server.wait_socket()
     OtherWindow(world.screen)
     pids = wait.until(lambda: shell.helpers("WebKitWebProcess"), 5, "the page process runs")
     for pid in pids:
@@ -228,7 +228,7 @@ def test_page_process_killed_while_a_hotkey_is_on_its_way(world):
         os.kill(pid, signal.SIGKILL)
     shell.wait_line(re.compile("^(✅ Hotkey screenshot_active sent successfully|❌ Error triggering hotkey: .+)$"), 8)
     wait.until(lambda: shell.count("✅ Page loaded successfully") == 2, 8, "the page is loaded again")
-    world.server.wait_event("ws_open", 2)
+    world.server.wait_socket(2)
     world.hands.hotkey("d")
     wait.until(lambda: "design" in world.server.hotkeys(), 5, "the next hotkey works")
     assert world.screen.ping(window) < 1
@@ -356,7 +356,7 @@ def test_closed_while_a_probe_hangs(world):
 
 def test_descriptors_exhausted(world):
     shell, window = world.launch_loaded(html(socket=True))
-    world.server.wait_event("ws_open")
+    world.server.wait_socket()
     world.wait_status(shell, GREEN_STATUS.format(world.port))
     before = resource.prlimit(shell.pid, resource.RLIMIT_NOFILE)
     resource.prlimit(shell.pid, resource.RLIMIT_NOFILE, (max(shell.descriptors()) + 1, before[1]))

@@ -7,7 +7,7 @@ import time
 
 from Xlib import X
 
-from harness import wait
+from harness import latency, wait
 from harness.hands import CHORD
 from harness.other import OtherWindow
 from harness.page import html
@@ -25,7 +25,7 @@ EVENT = re.compile(r"^🔔 Key event detected: keyCode=(\d+), modifiers=(\d+), c
 def connected(world, page=None, **options):
     """A shell whose page has its socket open."""
     shell, window = world.launch_loaded(page or html(socket=True), **options)
-    world.server.wait_event("ws_open")
+    world.server.wait_socket()
     return shell, window
 
 
@@ -45,9 +45,7 @@ def test_all_from_another_program(world):
     shell, _, other = from_outside(world)
     for key, code, name in HOTKEYS:
         mark = shell.mark()
-        begun = world.hands.hotkey(key)
-        line = shell.wait_line(f"🔥 Hotkey detected: {name} (keyCode: {code})", 2, mark)
-        assert line.time - begun < 0.05 + 0.02, f"{name} after {line.time - begun:.3f} s"
+        world.hands.hotkey(key)
         shell.wait_lines([OUTSIDE.format(code), re.compile(f"^🔔 Key event detected: keyCode={code}, "),
                           "   Modifiers: Shift=true, Ctrl=true, Option=true, Cmd=true",
                           "   ✅ All modifiers present!", f"🔥 Hotkey detected: {name} (keyCode: {code})",
@@ -84,12 +82,10 @@ def nobody_has_the_focus(world, focus):
     world.screen.display.sync()
     delays = []
     for number in range(1, 6):
-        mark = shell.mark()
-        begun = world.hands.hotkey("s")
-        delays.append(shell.wait_line(OUTSIDE.format(1), 2, mark).time - begun)
+        delays.append(latency.reaction(world, shell, lambda: world.hands.hotkey("s"), OUTSIDE.format(1)))
         world.server.wait_hotkeys(["screenshot_active"] * number)
         time.sleep(0.1)
-    assert sorted(delays)[-2] <= 0.05, f"delays {sorted(delays)}"
+    assert max(delays) <= 0.05, f"delays {sorted(delays)}"
 
 
 def test_nobody_has_the_focus(world):
@@ -396,9 +392,10 @@ def test_no_socket(world):
 
 
 def test_socket_that_has_closed(world):
-    shell, _, _ = from_outside(world, html("ws.onopen = () => { ws.close(); }; ws.onclose = () => report('over', 1)",
-                                           socket=True))
+    shell, _ = world.launch_loaded(html("ws.onopen = () => { ws.close(); }; ws.onclose = () => report('over', 1)",
+                                        socket=True))
     world.server.wait_report("over")
+    OtherWindow(world.screen)
     world.hands.hotkey("space")
     shell.wait_line("🔴 JS Error: ❌ WebSocket not connected")
     shell.wait_line("✅ Hotkey voice sent successfully")

@@ -130,7 +130,7 @@ def test_toggles_keep_the_other_values(world):
 def test_modes_reach_neither_page_nor_server(world):
     shell, _ = world.launch_loaded(html(socket=True))
     world.focused(shell)
-    world.server.wait_event("ws_open")
+    world.server.wait_socket()
     world.hands.press("t", "ctrl")
     world.hands.press("h", "ctrl")
     stored(world, "hideInScreenshots", "false")

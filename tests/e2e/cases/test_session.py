@@ -103,6 +103,7 @@ def test_all_three_streams_closed(world):
     world.server.page(html("console.log('hello'); report('loaded', 1)", socket=True))
     shell = through_sh(world, 'exec "$0" <&- >&- 2>&-')
     world.server.wait_report("loaded")
+    world.server.wait_socket()
     world.focused(shell)
     world.hands.hotkey("s")
     world.server.wait_hotkeys(["screenshot_active"])
@@ -126,6 +127,7 @@ def test_reader_goes_away(world):
 def test_reader_goes_away_later(world):
     world.server.page(html("setInterval(() => console.log('tick'), 5)", socket=True))
     shell, window = world.launch_loaded()
+    world.server.wait_socket()
     shell.close_log()
     pings = latency.Watch(world, shell)
     pings.during(1.5)

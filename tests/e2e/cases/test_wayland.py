@@ -163,11 +163,13 @@ def test_modifier_missing(world):
 def test_hotkey_while_an_alert_is_up(world):
     """An alert is one of the shell's windows; what waits for the page arrives when it has gone."""
     session = WaylandSession(world, keys=True)
-    world.server.page(html("onclick = () => { alert('hello'); report('answered', 1); }", socket=True))
+    world.server.page(html("onkeydown = e => { if (e.code == 'KeyX') { alert('hello'); report('answered', 1); } }",
+                           socket=True))
     shell = session.launch()
     shell.wait_loaded()
     world.server.wait_report("socket")
-    world.hands.click(700, 500)
+    session.give_keys(shell)
+    world.hands.press("x")
     wait.until(lambda: "hello" in world.dialog_labels(shell), 10, "the alert shows")
     mark = shell.mark()
     world.hands.hotkey("s")

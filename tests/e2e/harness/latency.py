@@ -7,6 +7,17 @@ import time
 from harness import children, wait
 
 
+def reaction(world, shell, press, line, timeout=2):
+    """Seconds from a key press (the function `press` gives its moment) to a log line of the shell, less the time for
+    which any thread on the way stood in the processor's queue: what counts is an otherwise idle machine."""
+    pids = [shell.pid, world.display_server.pid, os.getpid()]
+    mark = shell.mark()
+    queued = sum(children.waited(pid) for pid in pids)
+    begun = press()
+    seen = shell.wait_line(line, timeout, mark)
+    return seen.time - begun - (sum(children.waited(pid) for pid in pids) - queued)
+
+
 class Watch:
     """Pings a shell's window again and again. The time for which the shell's main thread, the display or the harness
     stood in the processor's queue is taken off, so that a busy machine isn't blamed on the window."""

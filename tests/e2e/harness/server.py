@@ -119,6 +119,11 @@ class ScriptedServer:
                    lambda: f"report {name!r} number {count}; there are {self.reports()[-20:]}", 0.01)
         return self.reports(name)[count - 1]
 
+    def wait_socket(self, count=1, timeout=10):
+        """Waits until a page has told that its socket is open: the server knows that a little earlier than the page."""
+        wait.until(lambda: self.reports("socket").count("open") >= count, timeout,
+                   lambda: f"{count} open sockets; reports {self.reports('socket')}", 0.01)
+
     def frames(self):
         """Texts of all frames that pages have sent over their sockets."""
         return [entry["text"] for entry in self.events("ws_frame") if entry["opcode"] == 1]

@@ -20,13 +20,16 @@ locking=false
 animation=none
 startup-animation=none
 panel-position=none
+[keyboard]
+repeat-rate=0
 """
 LOCAL = re.compile("^🏠 Local event")
 
 
 class WaylandSession:
     """One compositor. With `keys` it shows itself in a window of the case's X display and hands on what is pressed
-    there; without, it has neither screen nor keyboard. With `xwayland` it also serves X programs."""
+    there; without, it has neither screen nor keyboard. With `xwayland` it also serves X programs. Keys don't repeat: on
+    a busy machine the compositor may see a short press as a long one."""
 
     def __init__(self, world, keys=False, xwayland=False):
         if not shutil.which("weston") or xwayland and not shutil.which("Xwayland"):
@@ -58,12 +61,14 @@ class WaylandSession:
         wait.until(lambda: said("launching .*desktop-shell"), 10, "the compositor's shell starts")
         if xwayland:
             self.x_display = wait.until(lambda: said(r"xserver listening on display (:\d+)"), 10, "XWayland").group(1)
+            self._ask_x("xset", "r", "off")
         if keys:
             self._focus_compositor()
         return process
 
     def _focus_compositor(self):
         screen = self._world.screen
+        screen.display.change_keyboard_control(auto_repeat_mode=X.AutoRepeatModeOff)
 
         def window():
             return [each for each in screen.root.query_tree().children if screen.viewable(each)]
@@ -72,18 +77,20 @@ class WaylandSession:
         shown.set_input_focus(X.RevertToParent, X.CurrentTime)
         screen.display.sync()
 
+    def _ask_x(self, *command):
+        """What a program says that is run on the X side of the session."""
+        done = subprocess.run(command, env=self._world.environment() | {"DISPLAY": self.x_display}, check=False,
+                              capture_output=True, text=True, timeout=20)
+        return done.stdout
+
     def x_window(self, shell):
         """(title, class, width) of the shell's window among those of the X programs, or None. Asked of another program,
         because the X library of this one gets confused by a second server."""
-        def ask(*command):
-            return subprocess.run(command, env=self._world.environment() | {"DISPLAY": self.x_display}, check=False,
-                                  capture_output=True, text=True, timeout=10).stdout
-
-        found = ask("xdotool", "search", "--onlyvisible", "--pid", str(shell.pid)).split()
+        found = self._ask_x("xdotool", "search", "--onlyvisible", "--pid", str(shell.pid)).split()
         for window in found:
-            title = ask("xdotool", "getwindowname", window).strip()
-            width = re.search(r"Geometry: (\d+)x", ask("xdotool", "getwindowgeometry", window))
-            kind = re.search(r'WM_CLASS\(STRING\) = "(.*?)"', ask("xprop", "-id", window, "WM_CLASS"))
+            title = self._ask_x("xdotool", "getwindowname", window).strip()
+            width = re.search(r"Geometry: (\d+)x", self._ask_x("xdotool", "getwindowgeometry", window))
+            kind = re.search(r'WM_CLASS\(STRING\) = "(.*?)"', self._ask_x("xprop", "-id", window, "WM_CLASS"))
             if title and width and kind:
                 return title, kind.group(1), int(width.group(1))
         return None
