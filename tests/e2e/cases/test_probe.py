@@ -39,7 +39,7 @@ def statuses(world, answers):
     world.wait_status(shell, GREEN_STATUS.format(world.port))
     for _ in answers:
         world.wait_status(shell, ORANGE_STATUS, 4)
-        world.wait_status(shell, GREEN_STATUS.format(world.port), 4)
+        world.wait_status(shell, GREEN_STATUS.format(world.port), 6)
     return shell
 
 
@@ -59,7 +59,7 @@ def test_404_and_500_do_not_count(world):
 
 def over_after_a_second(world, answer):
     """An answer that takes too long: orange after a second, by when the probe has given its connection up."""
-    world.server.probes(answer, {"status": 200, "body": "ok"})
+    world.server.probes(answer, answer, {"status": 200, "body": "ok"})
     shell = world.launch()
     first = world.server.wait_requests("probe")[0]
     pids = [shell.pid, shell.server_pid()]
@@ -75,27 +75,27 @@ def over_after_a_second(world, answer):
 
 def test_answer_after_a_second_and_a_half(world):
     shell, _ = over_after_a_second(world, {"status": 200, "body": "ok", "delay": 1.5})
-    world.wait_status(shell, GREEN_STATUS.format(world.port), 4)
+    world.wait_status(shell, GREEN_STATUS.format(world.port), 6)
 
 
 def test_server_that_never_answers(world):
     shell, took = over_after_a_second(world, {"hang": True})
     assert took <= 1.2, f"the probe took {took:.2f} s"
-    world.wait_status(shell, GREEN_STATUS.format(world.port), 4)
+    world.wait_status(shell, GREEN_STATUS.format(world.port), 6)
 
 
 def test_body_that_never_ends(world):
     shell, took = over_after_a_second(
         world, {"status": 200, "body": "begin", "never_ending": {"chunk": "x" * 100, "interval": 0.05}})
     assert took <= 1.3, f"the probe took {took:.2f} s"
-    world.wait_status(shell, GREEN_STATUS.format(world.port), 4)
+    world.wait_status(shell, GREEN_STATUS.format(world.port), 6)
 
 
 def test_headers_that_never_end(world):
     shell, took = over_after_a_second(
         world, {"raw": "HTTP/1.1 200 OK\r\nX: y\r\n", "never_ending": {"chunk": "X: y\r\n", "interval": 0.05}})
     assert took <= 1.3, f"the probe took {took:.2f} s"
-    world.wait_status(shell, GREEN_STATUS.format(world.port), 4)
+    world.wait_status(shell, GREEN_STATUS.format(world.port), 6)
 
 
 def test_large_body(world):
@@ -146,7 +146,7 @@ def test_stops_and_answers_again_without_a_new_page(world):
     world.server.trigger("down")
     world.wait_status(shell, ORANGE_STATUS, 4)
     world.server.trigger("up")
-    world.wait_status(shell, GREEN_STATUS.format(world.port), 4)
+    world.wait_status(shell, GREEN_STATUS.format(world.port), 6)
     wait.same(len(world.server.requests("page")), 1, "page requests")
 
 
