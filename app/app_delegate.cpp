@@ -33,7 +33,7 @@ std::int64_t portFromEnvironment(Platform& platform, std::int64_t fallback) {
     return entry == environment.end() ? fallback : portFromText(entry->second).value_or(fallback);
 }
 
-}  // namespace
+} // namespace
 
 AppDelegate::AppDelegate(Platform& platform) : platform_(platform) {
     websocketPort_ = portFromEnvironment(platform, websocketPort_);
@@ -54,7 +54,8 @@ void AppDelegate::applicationDidFinishLaunching() {
     mainWindow.center();
     require(platform().application(), "application").activateIgnoringOtherApps(true);
     mainWindow.setSharingType(sharingTypeFor(hideInScreenshots()));
-    logLine(hideInScreenshots() ? "🖼️ Screenshot hiding: enabled (.none)" : "🖼️ Screenshot hiding: disabled (.readOnly)");
+    logLine(hideInScreenshots() ? "🖼️ Screenshot hiding: enabled (.none)"
+                                : "🖼️ Screenshot hiding: disabled (.readOnly)");
 
     requestPermissions();
     startGoServer();
@@ -64,9 +65,7 @@ void AppDelegate::applicationDidFinishLaunching() {
         kConnectionCheckSeconds, weakly(weak_from_this(), [](AppDelegate& self) { self.checkServerConnection(); })));
 }
 
-bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() {
-    return true;
-}
+bool AppDelegate::applicationShouldTerminateAfterLastWindowClosed() { return true; }
 
 bool AppDelegate::performAction(const Selector& action) {
     struct NamedOperation {
@@ -91,4 +90,4 @@ bool AppDelegate::performAction(const Selector& action) {
     return false;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -2,13 +2,14 @@
 // The whole application: one controller, its state record and its operations.
 //
 // The road of a start: main constructs the controller, makes it the application's delegate and runs the event loop.
-// applicationDidFinishLaunching then builds the window, restores preferences, builds strip, web view and menu, shows the
-// window, asks for permissions, starts the server, installs the hotkeys and schedules the connection check. From there on
-// everything is a callback: menu actions, key presses, the web view's delegates, the timer. applicationWillTerminate ends it.
+// applicationDidFinishLaunching then builds the window, restores preferences, builds strip, web view and menu, shows
+// the window, asks for permissions, starts the server, installs the hotkeys and schedules the connection check. From
+// there on everything is a callback: menu actions, key presses, the web view's delegates, the timer.
+// applicationWillTerminate ends it.
 //
-// Each operation is defined in the folder of its feature; the comment above a group names it. All of this is for the main
-// thread, except updateStatus and showError, which any thread may call. Whatever may outlive the controller holds it
-// weakly. Touching a required object while it is absent ends the process (app/require.h).
+// Each operation is defined in the folder of its feature; the comment above a group names it. All of this is for the
+// main thread, except updateStatus and showError, which any thread may call. Whatever may outlive the controller holds
+// it weakly. Touching a required object while it is absent ends the process (app/require.h).
 #pragma once
 
 #include <cstdint>
@@ -138,4 +139,4 @@ constexpr WindowSharingType sharingTypeFor(bool hideInScreenshots) {
     return hideInScreenshots ? WindowSharingType::none : WindowSharingType::readOnly;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

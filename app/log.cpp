@@ -1,8 +1,8 @@
 // Vantorel. MIT licence, see LICENSE.
 // The diagnostic log: plain lines on standard output.
 //
-// A line goes out at once when standard output takes it without waiting. Otherwise it joins a backlog that a thread of its
-// own writes, so that a reader that lags behind costs memory and never the window's time.
+// A line goes out at once when standard output takes it without waiting. Otherwise it joins a backlog that a thread of
+// its own writes, so that a reader that lags behind costs memory and never the window's time.
 #include "app/log.h"
 
 #include <poll.h>
@@ -65,7 +65,8 @@ public:
             writeAll(line);
             return;
         }
-        if (mayWait) shrunk_.wait(lock, [this] { return backlogBytes_ <= kBacklogLimit; });
+        if (mayWait)
+            shrunk_.wait(lock, [this] { return backlogBytes_ <= kBacklogLimit; });
         backlogBytes_ += line.size();
         backlog_.push_back(std::move(line));
         startThread();
@@ -87,7 +88,8 @@ private:
 
     /// The thread lives until the process ends: it may be waiting for a reader that never comes back.
     void startThread() {
-        if (threadStarted_) return;
+        if (threadStarted_)
+            return;
         threadStarted_ = true;
         std::thread([this] { writeBacklog(); }).detach();
     }
@@ -122,22 +124,14 @@ LogWriter& writer() {
     return *theWriter;
 }
 
-}  // namespace
+} // namespace
 
-void logLine(std::string_view text) {
-    writer().write(text, /*mayWait=*/false);
-}
+void logLine(std::string_view text) { writer().write(text, /*mayWait=*/false); }
 
-void logBulk(std::string_view text) {
-    writer().write(text, /*mayWait=*/true);
-}
+void logBulk(std::string_view text) { writer().write(text, /*mayWait=*/true); }
 
-void flushLog(double seconds) {
-    writer().flush(seconds);
-}
+void flushLog(double seconds) { writer().flush(seconds); }
 
-void setLogSink(std::function<void(std::string_view)> sink) {
-    writer().setSink(std::move(sink));
-}
+void setLogSink(std::function<void(std::string_view)> sink) { writer().setSink(std::move(sink)); }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -50,4 +50,4 @@ void AppDelegate::requestAccessibilityPermission() {
     logLine(trusted ? "✅ Accessibility already authorized" : "🔑 Accessibility access requested (system prompt shown)");
 }
 
-}  // namespace vantorel
+} // namespace vantorel

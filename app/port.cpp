@@ -11,13 +11,15 @@ std::optional<std::int64_t> portFromText(std::string_view text) {
     // std::from_chars knows "-" but not "+".
     if (text.starts_with('+')) {
         text.remove_prefix(1);
-        if (text.starts_with('-')) return std::nullopt;
+        if (text.starts_with('-'))
+            return std::nullopt;
     }
     std::int64_t port = 0;
     const char* const end = text.data() + text.size();
     const auto [parsedUpTo, error] = std::from_chars(text.data(), end, port);
-    if (error != std::errc{} || parsedUpTo != end) return std::nullopt;
+    if (error != std::errc{} || parsedUpTo != end)
+        return std::nullopt;
     return port;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -13,4 +13,4 @@ inline constexpr const char* kHasRequestedPermissionsKey = "hasRequestedPermissi
 /// Text of a rectangle: the window's outer frame at the last normal quit.
 inline constexpr const char* kWindowFrameKey = "windowFrame";
 
-}  // namespace vantorel
+} // namespace vantorel

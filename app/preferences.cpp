@@ -11,7 +11,8 @@ void AppDelegate::restorePreferences() {
     const UserDefaults& defaults = platform().userDefaults();
     setHideInScreenshots(!defaults.hasObject(kHideInScreenshotsKey) || defaults.boolForKey(kHideInScreenshotsKey));
     setAlwaysOnTop(defaults.hasObject(kAlwaysOnTopKey) && defaults.boolForKey(kAlwaysOnTopKey));
-    if (alwaysOnTop()) require(window(), "window").setLevel(WindowLevel::floating);
+    if (alwaysOnTop())
+        require(window(), "window").setLevel(WindowLevel::floating);
 }
 
-}  // namespace vantorel
+} // namespace vantorel

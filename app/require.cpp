@@ -15,4 +15,4 @@ void requiredObjectMissing(const char* name) {
     std::abort();
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -10,16 +10,18 @@ namespace vantorel {
 [[noreturn]] void requiredObjectMissing(const char* name);
 
 /// The object behind `pointer`; ends the process when there is none.
-template <typename T>
+template<typename T>
 T& require(const std::shared_ptr<T>& pointer, const char* name) {
-    if (!pointer) requiredObjectMissing(name);
+    if (!pointer)
+        requiredObjectMissing(name);
     return *pointer;
 }
 
-template <typename T>
+template<typename T>
 T& require(T* pointer, const char* name) {
-    if (pointer == nullptr) requiredObjectMissing(name);
+    if (pointer == nullptr)
+        requiredObjectMissing(name);
     return *pointer;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -11,7 +11,8 @@ void AppDelegate::applicationWillTerminate() {
     const Rect frame = require(window(), "window").frame();
     platform().userDefaults().setString(platform().stringFromRect(frame), kWindowFrameKey);
 
-    if (connectionCheckTimer()) connectionCheckTimer()->invalidate();
+    if (connectionCheckTimer())
+        connectionCheckTimer()->invalidate();
 
     if (serverProcess() && serverProcess()->isRunning()) {
         logLine("🛑 Stopping Go server...");
@@ -23,4 +24,4 @@ void AppDelegate::applicationWillTerminate() {
     }
 }
 
-}  // namespace vantorel
+} // namespace vantorel

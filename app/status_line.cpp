@@ -16,11 +16,9 @@ Rect stripFrame(Rect content) {
     return {{0, content.size.height - kStatusStripHeight}, {content.size.width, kStatusStripHeight}};
 }
 
-Rect labelFrame(Rect strip) {
-    return {{10, 5}, {strip.size.width - 20, 20}};
-}
+Rect labelFrame(Rect strip) { return {{10, 5}, {strip.size.width - 20, 20}}; }
 
-}  // namespace
+} // namespace
 
 void AppDelegate::createStatusBar() {
     const Rect content = require(require(window(), "window").contentView(), "content view").bounds();
@@ -28,7 +26,8 @@ void AppDelegate::createStatusBar() {
     View& strip = require(statusBar(), "statusBar");
     strip.setAutoresizingMask(Autoresizing::widthSizable | Autoresizing::minYMargin);
     strip.setWantsLayer(true);
-    if (Layer* const layer = strip.layer()) layer->setBackgroundColor(kStripColor);
+    if (Layer* const layer = strip.layer())
+        layer->setBackgroundColor(kStripColor);
 
     setStatusLabel(platform().makeTextField(labelFrame(strip.bounds())));
     TextField& label = require(statusLabel(), "statusLabel");
@@ -40,7 +39,8 @@ void AppDelegate::createStatusBar() {
     label.setStringValue("🔄 Starting server...");
 
     strip.addSubview(statusLabel());
-    if (const auto contentView = require(window(), "window").contentView()) contentView->addSubview(statusBar());
+    if (const auto contentView = require(window(), "window").contentView())
+        contentView->addSubview(statusBar());
 }
 
 void AppDelegate::updateStatus(const std::string& text, const Color& color) {
@@ -61,4 +61,4 @@ void AppDelegate::showError(const std::string& title, const std::string& message
     });
 }
 
-}  // namespace vantorel
+} // namespace vantorel

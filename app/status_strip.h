@@ -7,4 +7,4 @@ namespace vantorel {
 /// Height of the status strip in points; the page gets the rest of the content.
 inline constexpr double kStatusStripHeight = 30;
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -8,7 +8,7 @@
 namespace vantorel {
 
 /// A closure that calls `function(owner, arguments…)` while the owner of `weak` lives, and does nothing afterwards.
-template <typename Owner, typename Function>
+template<typename Owner, typename Function>
 auto weakly(std::weak_ptr<Owner> weak, Function function) {
     return [weak = std::move(weak), function = std::move(function)](auto&&... arguments) {
         if (const std::shared_ptr<Owner> owner = weak.lock()) {
@@ -17,4 +17,4 @@ auto weakly(std::weak_ptr<Owner> weak, Function function) {
     };
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -47,23 +47,23 @@ void installLocalMonitor(EventMonitors& monitors, const KeyHandler& handler) {
 void logTable(const HotkeyTable& table) {
     logLine("📋 Registered keyCodes: " + keyCodeList(table));
     logLine("📋 Hotkey mappings:");
-    for (const auto& [keyCode, name] : table) logLine("   " + std::to_string(keyCode) + " -> " + name);
+    for (const auto& [keyCode, name] : table)
+        logLine("   " + std::to_string(keyCode) + " -> " + name);
 }
 
-}  // namespace
+} // namespace
 
 void AppDelegate::setupGlobalHotkeys() {
     logLine("⌨️ Setting up global hotkeys...");
     logTrust(platform().accessibility().isProcessTrusted());
 
     const HotkeyTable table = hotkeyTable();
-    const KeyHandler handler(table, weakly(weak_from_this(), [](AppDelegate& self, const std::string& name) {
-                                 self.triggerHotkey(name);
-                             }));
+    const KeyHandler handler(
+        table, weakly(weak_from_this(), [](AppDelegate& self, const std::string& name) { self.triggerHotkey(name); }));
     installGlobalMonitor(platform().eventMonitors(), handler);
     installLocalMonitor(platform().eventMonitors(), handler);
     logLine("✅ Global and local hotkeys registered (Shift + Ctrl + Option + Cmd + key)");
     logTable(table);
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -26,14 +26,15 @@ std::string hotkeyScript(std::string_view name) {
 
 void AppDelegate::triggerHotkey(const std::string& name) {
     logLine("📤 Triggering hotkey via WebSocket: " + name);
-    require(webView(), "webView").evaluateJavaScript(hotkeyScript(name), [name](const std::optional<PlatformError>& error) {
-        if (error) {
-            logLine("❌ Error triggering hotkey: " + error->localizedDescription);
-        } else {
-            // Says that the script ran; whether the socket was open is on the page's console.
-            logLine("✅ Hotkey " + name + " sent successfully");
-        }
-    });
+    require(webView(), "webView")
+        .evaluateJavaScript(hotkeyScript(name), [name](const std::optional<PlatformError>& error) {
+            if (error) {
+                logLine("❌ Error triggering hotkey: " + error->localizedDescription);
+            } else {
+                // Says that the script ran; whether the socket was open is on the page's console.
+                logLine("✅ Hotkey " + name + " sent successfully");
+            }
+        });
 }
 
-}  // namespace vantorel
+} // namespace vantorel

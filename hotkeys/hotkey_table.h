@@ -17,4 +17,4 @@ HotkeyTable hotkeyTable();
 /// The codes of `table` as the log shows them: "[1, 2, 3]".
 std::string keyCodeList(const HotkeyTable& table);
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -36,15 +36,17 @@ bool allModifiersPressed(std::uint64_t flags) {
     }
     logLine(state);
     for (const Modifier& modifier : kChord) {
-        if ((flags & modifier.bit) == 0) logLine(std::string("   ⚠️ Missing: ") + modifier.name);
+        if ((flags & modifier.bit) == 0)
+            logLine(std::string("   ⚠️ Missing: ") + modifier.name);
     }
     return complete;
 }
 
-}  // namespace
+} // namespace
 
 KeyHandler::KeyHandler(HotkeyTable table, std::function<void(const std::string&)> onHotkey)
-    : table_(std::move(table)), onHotkey_(std::move(onHotkey)) {}
+    : table_(std::move(table)),
+      onHotkey_(std::move(onHotkey)) {}
 
 void KeyHandler::operator()(const KeyEvent& event) const {
     const std::string keyCode = std::to_string(event.keyCode);
@@ -66,4 +68,4 @@ void KeyHandler::operator()(const KeyEvent& event) const {
     onHotkey_(hotkey->second);
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -23,4 +23,4 @@ private:
     std::function<void(const std::string&)> onHotkey_;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

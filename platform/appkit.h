@@ -3,7 +3,8 @@
 //
 // Rules for every object here, unless a function says otherwise:
 // - It is made, used and released on the main thread.
-// - Objects are shared: the logic keeps what it needs, the platform keeps what is on screen. A delegate is held weakly; a
+// - Objects are shared: the logic keeps what it needs, the platform keeps what is on screen. A delegate is held weakly;
+// a
 //   call for a delegate that is gone does nothing.
 // - Geometry is in points with the origin at the bottom left.
 // - Texts are UTF-8. Setters take effect before they return, as far as the object itself can tell.
@@ -229,8 +230,8 @@ public:
     virtual ~EventMonitor() = default;
 };
 
-/// Key presses of the whole system, and of the application. Repeats of a held key are presses; releases and changes of a
-/// modifier alone are not. Handlers run on the main thread, once for each press.
+/// Key presses of the whole system, and of the application. Repeats of a held key are presses; releases and changes of
+/// a modifier alone are not. Handlers run on the main thread, once for each press.
 class EventMonitors {
 public:
     virtual ~EventMonitors() = default;
@@ -269,4 +270,4 @@ public:
     virtual void openUrl(const std::string& address) = 0;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

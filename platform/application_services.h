@@ -14,4 +14,4 @@ public:
     virtual bool isProcessTrustedWithOptions(bool prompt) = 0;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

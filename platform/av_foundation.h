@@ -24,4 +24,4 @@ public:
     virtual void requestAccess(std::function<void(bool granted)> completion) = 0;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

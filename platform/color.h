@@ -26,4 +26,4 @@ struct CalibratedRgb {
 
 using Color = std::variant<SystemColor, CalibratedRgb>;
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -14,4 +14,4 @@ public:
     virtual void request() = 0;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -54,8 +54,8 @@ public:
     virtual void setCurrentDirectoryPath(const std::string& path) = 0;
     /// As set, or nothing.
     virtual std::optional<std::string> currentDirectoryPath() const = 0;
-    /// The child's whole environment: it replaces the inherited one. An entry that the system cannot hold (an empty name,
-    /// a name with "=", a NUL in it) is left out; the others are not touched by it.
+    /// The child's whole environment: it replaces the inherited one. An entry that the system cannot hold (an empty
+    /// name, a name with "=", a NUL in it) is left out; the others are not touched by it.
     virtual void setEnvironment(const Environment& environment) = 0;
     virtual void setStandardOutput(std::shared_ptr<Pipe> pipe) = 0;
     /// The same pipe as for standard output joins the two streams in the order of writing.
@@ -108,8 +108,8 @@ public:
     virtual Environment environment() const = 0;
 };
 
-/// The user's preferences. Values are kept between launches by the platform, without being asked to; a store that cannot
-/// be read is empty, and one that cannot be written keeps its values for this run.
+/// The user's preferences. Values are kept between launches by the platform, without being asked to; a store that
+/// cannot be read is empty, and one that cannot be written keeps its values for this run.
 class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
@@ -178,4 +178,4 @@ public:
     virtual void invalidate() = 0;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

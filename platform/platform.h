@@ -1,8 +1,8 @@
 // Vantorel. MIT licence, see LICENSE.
 // The whole seam in one object: it hands out the platform's services and makes its objects.
 //
-// Everything here is for the main thread, except the queues' own functions. References stay valid as long as the platform
-// lives. Makers never return null: an object that cannot be made ends the process with a clear message.
+// Everything here is for the main thread, except the queues' own functions. References stay valid as long as the
+// platform lives. Makers never return null: an object that cannot be made ends the process with a clear message.
 #pragma once
 
 #include <functional>
@@ -28,9 +28,9 @@ public:
     virtual Application* application() = 0;
     virtual Workspace& workspace() = 0;
     virtual EventMonitors& eventMonitors() = 0;
-    /// A hidden window with `contentRect` as its content rectangle in screen coordinates and `style` of WindowStyle bits.
-    /// The window ends the application's "last window" count when closed. A size that no screen can show is cut to
-    /// what can be shown.
+    /// A hidden window with `contentRect` as its content rectangle in screen coordinates and `style` of WindowStyle
+    /// bits. The window ends the application's "last window" count when closed. A size that no screen can show is cut
+    /// to what can be shown.
     virtual std::shared_ptr<Window> makeWindow(Rect contentRect, unsigned style) = 0;
     virtual std::shared_ptr<View> makeView(Rect frame) = 0;
     virtual std::shared_ptr<TextField> makeTextField(Rect frame) = 0;
@@ -60,8 +60,8 @@ public:
     virtual std::shared_ptr<Pipe> makePipe() = 0;
     /// Whether the platform can form an address from `text`.
     virtual bool isAddress(const std::string& text) = 0;
-    /// Calls `block` on the main thread every `seconds`, the first time after `seconds`, until the timer is invalidated.
-    /// It fires inside a modal alert too.
+    /// Calls `block` on the main thread every `seconds`, the first time after `seconds`, until the timer is
+    /// invalidated. It fires inside a modal alert too.
     virtual std::shared_ptr<Timer> scheduleRepeatingTimer(double seconds, std::function<void()> block) = 0;
 
     // Dispatch
@@ -78,4 +78,4 @@ public:
 /// The native platform; the build decides which one. Call once, first thing on the main thread.
 std::unique_ptr<Platform> makeNativePlatform();
 
-}  // namespace vantorel
+} // namespace vantorel

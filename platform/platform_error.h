@@ -16,4 +16,4 @@ struct PlatformError {
     friend bool operator==(const PlatformError&, const PlatformError&) = default;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -10,8 +10,8 @@
 namespace vantorel {
 
 /// A page's value: null (undefined too), Boolean, number, text (UTF-8), list or dictionary with text keys.
-/// Backends bound depth and size while they convert; what exceeds the bounds arrives as null in its place, except a text
-/// that is too long, which arrives cut at a character's end.
+/// Backends bound depth and size while they convert; what exceeds the bounds arrives as null in its place, except a
+/// text that is too long, which arrives cut at a character's end.
 struct ScriptValue {
     using List = std::vector<ScriptValue>;
     using Dictionary = std::map<std::string, ScriptValue, std::less<>>;
@@ -26,4 +26,4 @@ struct ScriptValue {
     friend bool operator==(const ScriptValue&, const ScriptValue&) = default;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

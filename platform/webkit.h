@@ -1,7 +1,8 @@
 // Vantorel. MIT licence, see LICENSE.
 // The seam to WebKit: web view, its configuration, website data, script messages, navigation and panels.
 //
-// The rules of platform/appkit.h hold here too: main thread, shared objects, delegates and message handlers held weakly.
+// The rules of platform/appkit.h hold here too: main thread, shared objects, delegates and message handlers held
+// weakly.
 #pragma once
 
 #include <chrono>
@@ -132,9 +133,10 @@ public:
     virtual double pageZoom() const = 0;
     virtual void setPageZoom(double zoom) = 0;
     /// Runs `script` in the page's global scope, also while nothing has been loaded. `completion` comes once, later, on
-    /// the main thread, with the error when the script threw or could not run. A value that cannot leave the page is no error.
+    /// the main thread, with the error when the script threw or could not run. A value that cannot leave the page is no
+    /// error.
     virtual void evaluateJavaScript(const std::string& script,
                                     std::function<void(const std::optional<PlatformError>&)> completion) = 0;
 };
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -10,22 +10,22 @@ namespace {
 constexpr double kProbeTimeoutSeconds = 1.0;
 constexpr int kHttpOk = 200;
 
-bool isUp(const UrlResult& result) {
-    return !result.error && result.statusCode == kHttpOk;
-}
+bool isUp(const UrlResult& result) { return !result.error && result.statusCode == kHttpOk; }
 
 void showProbeResult(AppDelegate& app, const UrlResult& result) {
     if (isUp(result)) {
-        app.updateStatus("✅ Connected to server on port " + std::to_string(app.websocketPort()), SystemColor::systemGreen);
+        app.updateStatus("✅ Connected to server on port " + std::to_string(app.websocketPort()),
+                         SystemColor::systemGreen);
     } else {
         app.updateStatus("⚠️ Server running but not responding...", SystemColor::orange);
     }
 }
 
-}  // namespace
+} // namespace
 
 void AppDelegate::checkServerConnection() {
-    if (!isServerRunning()) return;
+    if (!isServerRunning())
+        return;
     UrlRequest request;
     request.address = "http://localhost:" + std::to_string(websocketPort());
     request.timeoutSeconds = kProbeTimeoutSeconds;
@@ -40,4 +40,4 @@ void AppDelegate::checkServerConnection() {
         ->resume();
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -13,12 +13,14 @@ std::vector<std::pair<std::string, std::string>> parseEnvText(std::string_view t
     entries.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '=')));
     for (const std::string_view untrimmed : splitLines(text)) {
         const std::string_view line = trimWhitespace(untrimmed);
-        if (line.empty() || line.starts_with('#')) continue;
+        if (line.empty() || line.starts_with('#'))
+            continue;
         const std::size_t equals = line.find('=');
-        if (equals == std::string_view::npos) continue;
+        if (equals == std::string_view::npos)
+            continue;
         entries.emplace_back(line.substr(0, equals), line.substr(equals + 1));
     }
     return entries;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

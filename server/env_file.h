@@ -14,4 +14,4 @@ namespace vantorel {
 /// first "=", verbatim: no second trimming, no quotes, no escapes.
 std::vector<std::pair<std::string, std::string>> parseEnvText(std::string_view text);
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -10,7 +10,8 @@ Environment composeServerEnvironment(Environment inherited, const std::optional<
                                      std::int64_t port) {
     Environment environment = std::move(inherited);
     if (envFileText) {
-        for (auto& [key, value] : parseEnvText(*envFileText)) environment.insert_or_assign(std::move(key), std::move(value));
+        for (auto& [key, value] : parseEnvText(*envFileText))
+            environment.insert_or_assign(std::move(key), std::move(value));
     }
     environment.insert_or_assign("WEBSOCKET_ENABLED", "true");
     environment.insert_or_assign("WEBSOCKET_PORT", std::to_string(port));
@@ -18,4 +19,4 @@ Environment composeServerEnvironment(Environment inherited, const std::optional<
     return environment;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -15,4 +15,4 @@ namespace vantorel {
 Environment composeServerEnvironment(Environment inherited, const std::optional<std::string>& envFileText,
                                      std::int64_t port);
 
-}  // namespace vantorel
+} // namespace vantorel

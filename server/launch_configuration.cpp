@@ -23,7 +23,7 @@ void reportMissingServer(AppDelegate& app, const ServerPaths& paths) {
     app.showError("Server binary not found", "Please rebuild the application with the Go server included.");
 }
 
-}  // namespace
+} // namespace
 
 ServerPaths serverPathsIn(const std::string& bundlePath) {
     ServerPaths paths;
@@ -35,7 +35,8 @@ ServerPaths serverPathsIn(const std::string& bundlePath) {
 }
 
 void AppDelegate::startGoServer() {
-    if (const std::optional<ServerPaths> paths = prepareServer(*this)) launchServer(*this, *paths);
+    if (const std::optional<ServerPaths> paths = prepareServer(*this))
+        launchServer(*this, *paths);
 }
 
 std::optional<ServerPaths> prepareServer(AppDelegate& app) {
@@ -72,9 +73,10 @@ void giveEnvironment(AppDelegate& app, const ServerPaths& paths) {
     const std::optional<std::string> envFileText =
         files.fileExists(paths.envFile) ? files.readUtf8File(paths.envFile) : std::nullopt;
     const Environment environment = composeServerEnvironment(std::move(inherited), envFileText, app.websocketPort());
-    if (app.serverProcess()) app.serverProcess()->setEnvironment(environment);
+    if (app.serverProcess())
+        app.serverProcess()->setEnvironment(environment);
     logLine("🌍 Environment: WEBSOCKET_ENABLED=true, WEBSOCKET_PORT=" + std::to_string(app.websocketPort()) +
             ", DISABLE_NATIVE_HOTKEYS=true");
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -14,13 +14,13 @@ namespace {
 
 constexpr double kFirstPageLoadSeconds = 3.0;
 
-const char* asText(bool value) {
-    return value ? "true" : "false";
-}
+const char* asText(bool value) { return value ? "true" : "false"; }
 
-/// Every chunk of the server's output goes to the log, from the platform's reading thread: the window never waits for it.
+/// Every chunk of the server's output goes to the log, from the platform's reading thread: the window never waits for
+/// it.
 void relayOutput(FileHandle& output) {
-    if (const std::optional<std::string> line = relayLine(output.availableData())) logBulk(*line);
+    if (const std::optional<std::string> line = relayLine(output.availableData()))
+        logBulk(*line);
 }
 
 void createProcess(AppDelegate& app, const ServerPaths& paths) {
@@ -46,7 +46,8 @@ void installHandlers(AppDelegate& app) {
     process.setTerminationHandler([self = app.shared_from_this()](Process& ended) {
         const std::int32_t status = ended.terminationStatus();
         logLine("🛑 Server process terminated with exit code: " + std::to_string(status));
-        if (status == 0) return;
+        if (status == 0)
+            return;
         self->platform().mainQueue().async(weakly(self->weak_from_this(), [status](AppDelegate& living) {
             living.updateStatus("❌ Server exited with code " + std::to_string(status), SystemColor::red);
         }));
@@ -66,8 +67,8 @@ void reportLaunched(AppDelegate& app) {
     app.updateStatus("🔄 Server starting... Waiting for connection...", SystemColor::orange);
 
     // The delay is the whole synchronisation with the server: nothing waits until it listens.
-    app.platform().mainQueue().asyncAfter(
-        kFirstPageLoadSeconds, weakly(app.weak_from_this(), [](AppDelegate& self) { self.loadWebPage(); }));
+    app.platform().mainQueue().asyncAfter(kFirstPageLoadSeconds,
+                                          weakly(app.weak_from_this(), [](AppDelegate& self) { self.loadWebPage(); }));
 }
 
 void reportLaunchFailure(AppDelegate& app, const std::string& description) {
@@ -77,7 +78,7 @@ void reportLaunchFailure(AppDelegate& app, const std::string& description) {
     app.showError("Server Start Failed", description);
 }
 
-}  // namespace
+} // namespace
 
 void launchServer(AppDelegate& app, const ServerPaths& paths) {
     createProcess(app, paths);
@@ -94,4 +95,4 @@ void launchServer(AppDelegate& app, const ServerPaths& paths) {
     }
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -7,7 +7,8 @@
 namespace vantorel {
 
 std::optional<std::string> relayLine(std::string_view chunk) {
-    if (chunk.empty() || !isValidUtf8(chunk)) return std::nullopt;
+    if (chunk.empty() || !isValidUtf8(chunk))
+        return std::nullopt;
     constexpr std::string_view kPrefix = "🤖 Server: ";
     const std::string_view text = trimWhitespaceAndNewlines(chunk);
     std::string line;
@@ -16,4 +17,4 @@ std::optional<std::string> relayLine(std::string_view chunk) {
     return line;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

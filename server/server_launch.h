@@ -30,4 +30,4 @@ void giveEnvironment(AppDelegate& app, const ServerPaths& paths);
 /// Second half: makes the process, launches it and reports the outcome; schedules the first page load.
 void launchServer(AppDelegate& app, const ServerPaths& paths);
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -31,4 +31,4 @@ void AppDelegate::showAbout() {
     alert->runModal();
 }
 
-}  // namespace vantorel
+} // namespace vantorel

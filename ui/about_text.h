@@ -10,4 +10,4 @@ namespace vantorel {
 /// Thirteen lines; the last one names the server's port. No line feed at the end.
 std::string aboutText(std::int64_t port);
 
-}  // namespace vantorel
+} // namespace vantorel

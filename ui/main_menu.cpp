@@ -11,7 +11,8 @@ namespace vantorel {
 namespace {
 
 std::shared_ptr<MenuItem> makeItem(AppDelegate& app, const MenuEntry& entry) {
-    if (*entry.title == '\0') return app.platform().makeSeparatorItem();
+    if (*entry.title == '\0')
+        return app.platform().makeSeparatorItem();
     std::shared_ptr<MenuItem> item = app.platform().makeMenuItem(entry.title, entry.action, entry.key);
     const std::string_view action = entry.action;
     if (action == kToggleAlwaysOnTopAction) {
@@ -22,7 +23,7 @@ std::shared_ptr<MenuItem> makeItem(AppDelegate& app, const MenuEntry& entry) {
     return item;
 }
 
-}  // namespace
+} // namespace
 
 void AppDelegate::createMenu() {
     const std::shared_ptr<Menu> mainMenu = platform().makeMenu("");
@@ -31,9 +32,10 @@ void AppDelegate::createMenu() {
         mainMenu->addItem(barItem);
         const std::shared_ptr<Menu> menu = platform().makeMenu(description.title);
         barItem->setSubmenu(menu);
-        for (const MenuEntry& entry : description.entries) menu->addItem(makeItem(*this, entry));
+        for (const MenuEntry& entry : description.entries)
+            menu->addItem(makeItem(*this, entry));
     }
     require(platform().application(), "application").setMainMenu(mainMenu);
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -44,11 +44,12 @@ inline constexpr MenuEntry kWindowEntries[] = {
     {"Zoom", "", "zoom:"},
 };
 
-/// The menu bar from left to right. The application menu has to be the first: the window modes look for their items there.
+/// The menu bar from left to right. The application menu has to be the first: the window modes look for their items
+/// there.
 inline constexpr MenuDescription kMenus[] = {
     {"", kApplicationEntries},
     {"View", kViewEntries},
     {"Window", kWindowEntries},
 };
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -12,16 +12,19 @@ namespace {
 /// Sets the check mark of every item in the application menu whose action is `action`.
 void showModeInMenu(AppDelegate& app, const Selector& action, bool on) {
     const std::shared_ptr<Menu> mainMenu = require(app.platform().application(), "application").mainMenu();
-    if (!mainMenu) return;
+    if (!mainMenu)
+        return;
     const std::shared_ptr<MenuItem> barItem = mainMenu->itemAtIndex(0);
     const std::shared_ptr<Menu> applicationMenu = barItem ? barItem->submenu() : nullptr;
-    if (!applicationMenu) return;
+    if (!applicationMenu)
+        return;
     for (const std::shared_ptr<MenuItem>& item : applicationMenu->itemArray()) {
-        if (item->action() == action) item->setState(on ? ControlState::on : ControlState::off);
+        if (item->action() == action)
+            item->setState(on ? ControlState::on : ControlState::off);
     }
 }
 
-}  // namespace
+} // namespace
 
 void AppDelegate::toggleAlwaysOnTop() {
     setAlwaysOnTop(!alwaysOnTop());
@@ -37,4 +40,4 @@ void AppDelegate::toggleHideInScreenshots() {
     showModeInMenu(*this, kToggleHideInScreenshotsAction, hideInScreenshots());
 }
 
-}  // namespace vantorel
+} // namespace vantorel

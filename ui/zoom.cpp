@@ -13,15 +13,11 @@ constexpr double kActualSize = 1.0;
 constexpr double kZoomStep = 0.1;
 constexpr double kLeastZoom = 0.5;
 
-}  // namespace
+} // namespace
 
-void AppDelegate::reload() {
-    require(webView(), "webView").reload();
-}
+void AppDelegate::reload() { require(webView(), "webView").reload(); }
 
-void AppDelegate::resetZoom() {
-    require(webView(), "webView").setPageZoom(kActualSize);
-}
+void AppDelegate::resetZoom() { require(webView(), "webView").setPageZoom(kActualSize); }
 
 void AppDelegate::zoomIn() {
     WebView& view = require(webView(), "webView");
@@ -33,4 +29,4 @@ void AppDelegate::zoomOut() {
     view.setPageZoom(std::max(kLeastZoom, view.pageZoom() - kZoomStep));
 }
 
-}  // namespace vantorel
+} // namespace vantorel

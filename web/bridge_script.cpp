@@ -29,4 +29,4 @@ std::string_view bridgeScript() {
     return kScript;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

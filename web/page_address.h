@@ -8,8 +8,6 @@
 namespace vantorel {
 
 /// The server's root on the loopback host. Any port gives a text; whether it can be loaded is the platform's judgement.
-inline std::string pageAddress(std::int64_t port) {
-    return "http://localhost:" + std::to_string(port) + "/";
-}
+inline std::string pageAddress(std::int64_t port) { return "http://localhost:" + std::to_string(port) + "/"; }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -11,7 +11,8 @@ void AppDelegate::loadWebPage() {
     constexpr double kLoadTimeoutSeconds = 30;
     const std::string address = pageAddress(websocketPort());
     logLine("🌐 Loading: " + address);
-    if (!platform().isAddress(address)) return;
+    if (!platform().isAddress(address))
+        return;
     UrlRequest request;
     request.address = address;
     request.cachePolicy = CachePolicy::reloadIgnoringLocalAndRemoteCacheData;
@@ -19,9 +20,7 @@ void AppDelegate::loadWebPage() {
     require(webView(), "webView").load(request);
 }
 
-void AppDelegate::didFinishNavigation(WebView& /*view*/) {
-    logLine("✅ Page loaded successfully");
-}
+void AppDelegate::didFinishNavigation(WebView& /*view*/) { logLine("✅ Page loaded successfully"); }
 
 void AppDelegate::didFailNavigation(WebView& /*view*/, const PlatformError& error) {
     logLine("❌ Page load failed: " + error.localizedDescription);
@@ -33,4 +32,4 @@ void AppDelegate::didFailProvisionalNavigation(WebView& /*view*/, const Platform
     updateStatus("❌ Failed to connect: " + error.localizedDescription, SystemColor::red);
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -22,7 +22,7 @@ void addOkAndCancel(Alert& panel) {
     panel.addButtonWithTitle("Cancel");
 }
 
-}  // namespace
+} // namespace
 
 std::shared_ptr<WebView> AppDelegate::createWebView(WebView& /*view*/, const std::optional<std::string>& address) {
     if (address) {
@@ -40,8 +40,7 @@ void AppDelegate::runAlertPanel(WebView& /*view*/, const std::string& message, s
     completion();
 }
 
-void AppDelegate::runConfirmPanel(WebView& /*view*/, const std::string& message,
-                                  std::function<void(bool)> completion) {
+void AppDelegate::runConfirmPanel(WebView& /*view*/, const std::string& message, std::function<void(bool)> completion) {
     const std::shared_ptr<Alert> panel = makePanel(platform(), message);
     panel->setAlertStyle(AlertStyle::warning);
     addOkAndCancel(*panel);
@@ -63,4 +62,4 @@ void AppDelegate::runTextInputPanel(WebView& /*view*/, const std::string& prompt
     }
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -14,22 +14,28 @@ const std::string* textMember(const ScriptValue::Dictionary& record, std::string
 }
 
 std::string_view prefixFor(std::string_view type) {
-    if (type == "error") return "🔴 JS Error: ";
-    if (type == "warn") return "🟡 JS Warning: ";
-    if (type == "log") return "🔵 JS Log: ";
+    if (type == "error")
+        return "🔴 JS Error: ";
+    if (type == "warn")
+        return "🟡 JS Warning: ";
+    if (type == "log")
+        return "🔵 JS Log: ";
     return "JS: ";
 }
 
-}  // namespace
+} // namespace
 
 void AppDelegate::didReceiveScriptMessage(const std::string& name, const ScriptValue& body) {
-    if (name != kConsoleChannel) return;
+    if (name != kConsoleChannel)
+        return;
     const ScriptValue::Dictionary* const record = body.asDictionary();
-    if (record == nullptr) return;
+    if (record == nullptr)
+        return;
     const std::string* const type = textMember(*record, "type");
     const std::string* const message = textMember(*record, "message");
-    if (type == nullptr || message == nullptr) return;
+    if (type == nullptr || message == nullptr)
+        return;
     logLine(std::string(prefixFor(*type)).append(*message));
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -11,11 +11,12 @@ namespace {
 
 /// Only what is cached goes: cookies and local storage survive from launch to launch.
 void purgeCaches(WebsiteDataStore& store) {
-    store.removeData({WebsiteDataType::diskCache, WebsiteDataType::memoryCache}, std::chrono::system_clock::time_point{},
-                     [] {});
+    store.removeData({WebsiteDataType::diskCache, WebsiteDataType::memoryCache},
+                     std::chrono::system_clock::time_point{}, [] {});
 }
 
-std::shared_ptr<WebViewConfiguration> makeConfiguration(Platform& platform, std::weak_ptr<ScriptMessageHandler> handler) {
+std::shared_ptr<WebViewConfiguration> makeConfiguration(Platform& platform,
+                                                        std::weak_ptr<ScriptMessageHandler> handler) {
     std::shared_ptr<WebViewConfiguration> configuration = platform.makeWebViewConfiguration();
     WebPreferences& preferences = configuration->preferences();
     preferences.setValueForKey(true, "allowFileAccessFromFileURLs");
@@ -29,11 +30,9 @@ std::shared_ptr<WebViewConfiguration> makeConfiguration(Platform& platform, std:
     return configuration;
 }
 
-Rect webViewFrame(Rect content) {
-    return {{0, 0}, {content.size.width, content.size.height - kStatusStripHeight}};
-}
+Rect webViewFrame(Rect content) { return {{0, 0}, {content.size.width, content.size.height - kStatusStripHeight}}; }
 
-}  // namespace
+} // namespace
 
 void AppDelegate::createWebView() {
     purgeCaches(*platform().defaultWebsiteDataStore());
@@ -51,4 +50,4 @@ void AppDelegate::createWebView() {
     }
 }
 
-}  // namespace vantorel
+} // namespace vantorel

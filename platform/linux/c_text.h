@@ -7,8 +7,6 @@
 namespace vantorel::gtk {
 
 /// A copy of `bytes`; empty for null.
-inline std::string textOf(const char* bytes) {
-    return bytes != nullptr ? bytes : "";
-}
+inline std::string textOf(const char* bytes) { return bytes != nullptr ? bytes : ""; }
 
 } // namespace vantorel::gtk

@@ -6,18 +6,18 @@ namespace vantorel {
 
 namespace {
 
-bool continuesCharacter(char byte) {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
+bool continuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
 
-}  // namespace
+} // namespace
 
 std::string cutScriptText(std::string text) {
-    if (text.size() <= kMaxScriptTextBytes) return text;
+    if (text.size() <= kMaxScriptTextBytes)
+        return text;
     std::size_t end = kMaxScriptTextBytes;
-    while (end > 0 && continuesCharacter(text[end])) --end;
+    while (end > 0 && continuesCharacter(text[end]))
+        --end;
     text.resize(end);
     return text;
 }
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -19,4 +19,4 @@ inline constexpr std::size_t kMaxScriptTextBytes = std::size_t{1} << 20U;
 /// `text` (valid UTF-8), cut at a character's end when it is longer than kMaxScriptTextBytes. Any thread.
 std::string cutScriptText(std::string text);
 
-}  // namespace vantorel
+} // namespace vantorel

@@ -48,9 +48,9 @@ TEST_F(DeviceFolder, TheClosedDriverHasAnotherDevice) {
 }
 
 TEST(GraphicsVariables, AreOnlySetWithoutAGraphicsProcessor) {
-    EXPECT_EQ(graphicsVariables({}, false), (Environment{{"GSK_RENDERER", "cairo"},
-                                                           {"GDK_DEBUG", "gl-disable"},
-                                                           {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"}}));
+    EXPECT_EQ(graphicsVariables({}, false),
+              (Environment{
+                  {"GSK_RENDERER", "cairo"}, {"GDK_DEBUG", "gl-disable"}, {"WEBKIT_DISABLE_COMPOSITING_MODE", "1"}}));
     EXPECT_TRUE(graphicsVariables({}, true).empty());
 }
 
