@@ -149,7 +149,8 @@ def test_server_ends_but_grandchildren_hold_the_pipe(world):
     wait.settled(lambda: children.cpu_seconds(shell.pid), 0.6, 10)
     before = children.cpu_seconds(shell.pid)
     wait.stays(shell.running, 2, "the shell runs", 0.5)
-    assert children.cpu_seconds(shell.pid) - before <= 0.06
+    used = children.cpu_seconds(shell.pid) - before
+    assert used <= 0.2, f"no busy loop: {used:.2f} s of processor time in 2 s"
     shell.quit()
     pids = [event["pid"] for event in world.server.events("spawned")]
     wait.until(lambda: not any(children.alive(pid) for pid in pids), 14, "the grandchild is gone")
