@@ -1,0 +1,238 @@
+# Vantorel. MIT licence, see LICENSE.
+# A user in a hurry: everything that is done with the shell in weeks, done to it in minutes, each step seen to its end.
+
+import itertools
+import json
+import os
+import random
+import re
+
+from harness import place, wait
+from harness.page import html
+from harness.server import ScriptedServer
+from harness.shell import LOADED
+
+PATIENCE = 60
+HOTKEYS = {"s": "screenshot_active", "d": "design", "f": "voice_design", "h": "help", "z": "stop",
+           "b": "screenshot_browser", "q": "sql", "w": "clear", "r": "review", "u": "quiz", "i": "status", "m": "algo",
+           "space": "voice"}
+LETTERS = "asdfghjklqwertyuiopzxcvbnm"
+
+PAGE = html("""
+const actions = {
+    Digit1: () => alert('An alert with some text'),
+    Digit2: () => confirm('A question?'),
+    Digit3: () => prompt('A name?', 'Ada'),
+    Digit4: () => window.open('http://example.org/page'),
+    Digit5: () => { for (let i = 0; i < 200; i++) console.log('line ' + i, {number: i}, [i]); },
+};
+addEventListener('keydown', event => {
+    if (!event.ctrlKey && !event.shiftKey && actions[event.code]) actions[event.code]();
+});
+setInterval(() => console.warn('tick'), 250);
+(function connect() {
+    window.ws = new WebSocket('ws://' + location.host + '/ws');
+    window.ws.onclose = () => setTimeout(connect, 100);
+})();
+""", "<h1>soak</h1><p>Text that is laid out anew when the window or the zoom changes.</p>" * 20)
+
+
+class User:
+    """Works with one shell. The server that the shell starts only prints; the page comes from another, which is ended
+    and started again while the shell goes on."""
+
+    def __init__(self, world):
+        self._world = world
+        self._random = random.Random(20)
+        self.done = dict.fromkeys(("hotkeys", "keys", "console lines asked for", "panels", "reloads", "zooms", "modes",
+                                   "moves and sizes", "pop-ups", "menus", "server restarts"), 0)
+        self._pages = ScriptedServer(place.Elsewhere(world.root, "pages"))
+        self._pages.page(PAGE)
+        self._read = 0
+        self._frames = 0
+        self._counts = {"ws_open": 0, "listening": 0}
+        world.server.set(listen={"never": True},
+                         timeline=[{"repeat": {"text": "a line from the server, of usual length\n", "interval": 0.02,
+                                               "count": 0}}])
+        self._opened = self._install_browser()
+        world.desktop()
+        self._page_server = None
+        self._start_page_server()
+        self.shell = world.launch()
+        self.shell.wait_loaded(PATIENCE)
+        self._wait_socket(0)
+        self._window = world.window(self.shell)
+        self._activate()
+
+    def _install_browser(self):
+        """A default browser that only writes down that it was started."""
+        home, seen = self._world.home, os.path.join(self._world.root, "browser.seen")
+        program = os.path.join(self._world.root, "browser")
+        with open(program, "w", encoding="ascii") as file:
+            file.write(f"#!/bin/sh\necho >> {seen}\n")
+        os.chmod(program, 0o755)
+        folder = os.path.join(home.data, "applications")
+        os.makedirs(folder, exist_ok=True)
+        with open(os.path.join(folder, "soak-browser.desktop"), "w", encoding="ascii") as file:
+            file.write(f"[Desktop Entry]\nType=Application\nName=Browser\nExec={program} %u\n"
+                       "MimeType=x-scheme-handler/http;\n")
+        with open(os.path.join(home.config, "mimeapps.list"), "w", encoding="ascii") as file:
+            file.write("[Default Applications]\nx-scheme-handler/http=soak-browser.desktop\n")
+        return lambda: os.path.getsize(seen) if os.path.exists(seen) else 0
+
+    # The other server, and what it has recorded
+
+    def _start_page_server(self):
+        before = self._count("listening")
+        self._page_server = self._world.children.start(
+            [self._pages._bundle.server], name="pages", cwd=self._pages._bundle.resources,
+            env=self._world.home.environment() | {"WEBSOCKET_PORT": str(self._world.port)})
+        wait.until(lambda: self._count("listening") > before, PATIENCE, "the page's server listens")
+
+    def _update(self):
+        record = self._pages.record()
+        for entry in record[self._read:]:
+            if entry["event"] in self._counts:
+                self._counts[entry["event"]] += 1
+            elif entry["event"] == "ws_frame" and entry["opcode"] == 1:
+                assert json.loads(entry["text"])["hotkey"] in HOTKEYS.values(), entry["text"]
+                self._frames += 1
+        self._read = len(record)
+
+    def _count(self, event):
+        self._update()
+        return self._counts[event]
+
+    def _count_frames(self):
+        self._update()
+        return self._frames
+
+    def _wait_socket(self, before):
+        wait.until(lambda: self._count("ws_open") > before, PATIENCE, "the page's socket opens")
+
+    # What a user does
+
+    def _activate(self):
+        self._world.screen.activate(self._window, PATIENCE)
+
+    def press_hotkeys(self):
+        """All thirteen, three times; each has to arrive."""
+        before = self._count_frames()
+        for _ in range(3):
+            for key in HOTKEYS:
+                self._world.hands.hotkey(key)
+        self.done["hotkeys"] += 39
+        wait.until(lambda: self._count_frames() == before + 39, PATIENCE,
+                   lambda: f"39 hotkeys arrive, {self._count_frames() - before} did")
+
+    def type_text(self):
+        """Ordinary keys into the page."""
+        for _ in range(100):
+            self._world.hands.press(self._random.choice(LETTERS))
+        self.done["keys"] += 100
+
+    def write_console_lines(self):
+        """Two hundred console messages of three values each."""
+        mark = self.shell.mark()
+        self._world.hands.press("5")
+        self.shell.wait_line(re.compile("^🔵 JS Log: line 199 "), PATIENCE, mark)
+        self.done["console lines asked for"] += 200
+
+    def answer_panels(self):
+        """Alert, confirm and prompt, with one answer or the other."""
+        for key, answer in (("1", "return"), ("2", "return"), ("2", "escape"), ("3", "return"), ("3", "escape")):
+            self._world.hands.press(key)
+            dialog = self._world.dialog(self.shell, PATIENCE)
+            self._world.screen.activate(dialog, PATIENCE)
+            if key == "3":
+                self._world.hands.type("name")
+            self._answer(answer)
+            self.done["panels"] += 1
+        self._activate()
+
+    def _answer(self, key):
+        def answered():
+            self._world.hands.press(key)
+            return wait_quietly(lambda: not self._world.dialogs(self.shell), 1)
+        wait.until(answered, PATIENCE, "the panel closes")
+
+    def zoom(self):
+        """In, out and back."""
+        for key in ("equal", "equal", "equal", "minus", "minus", "minus", "minus", "0"):
+            self._world.hands.press(key, "ctrl")
+            self.done["zooms"] += 1
+
+    def toggle_modes(self):
+        """Both modes, there and back, as far as the defaults store."""
+        for key, name in (("t", "alwaysOnTop"), ("h", "hideInScreenshots")) * 2:
+            before = self._world.home.read_defaults().get(name)
+            self._world.hands.press(key, "ctrl")
+            wait.until(lambda: self._world.home.read_defaults().get(name) not in (None, before), PATIENCE,
+                       f"{name} changes")
+            self.done["modes"] += 1
+
+    def move_window(self):
+        """Sizes and places all over the screen, the first size at last."""
+        screen = self._world.screen
+        for width, height in ((700, 500), (1000, 800), (900, 750)):
+            screen.resize(self._window, width, height, PATIENCE)
+            x, y = self._random.randint(0, 300), self._random.randint(0, 150)
+            screen.move(self._window, x, y)
+            wait.settled(lambda: screen.geometry(self._window), 0.1, PATIENCE)
+            self.done["moves and sizes"] += 2
+
+    def request_popup(self):
+        """A new window for the page: one start of the browser."""
+        before = self._opened()
+        self._world.hands.press("4")
+        wait.until(lambda: self._opened() > before, PATIENCE, "the browser starts")
+        self.done["pop-ups"] += 1
+
+    def reload(self):
+        """By the shortcut; the page connects again."""
+        mark, sockets = self.shell.mark(), self._count("ws_open")
+        self._world.hands.press("r", "ctrl")
+        self.shell.wait_line(LOADED, PATIENCE, mark)
+        self._wait_socket(sockets)
+        self.done["reloads"] += 1
+
+    def use_menus(self):
+        """Items by mouse, and the About panel."""
+        self._world.choose(self.shell, "View", "Zoom In")
+        self._world.choose(self.shell, "View", "Actual Size")
+        self._world.choose(self.shell, "Vantor", "About Vantor")
+        self._world.screen.activate(self._world.dialog(self.shell, PATIENCE), PATIENCE)
+        self._answer("return")
+        self._activate()
+        x, y, width, height = self._world.screen.geometry(self._window)
+        self._world.hands.click(x + width / 2, y + height / 2)  # gives the page the keyboard
+        self.done["menus"] += 3
+
+    def restart_server(self):
+        """The page's server is killed and comes back; the page finds it again."""
+        sockets = self._count("ws_open")
+        self._page_server.kill()
+        self._page_server.wait()
+        self._start_page_server()
+        self._wait_socket(sockets)
+        self.done["server restarts"] += 1
+
+    def work_until(self, over):
+        """Round after round until `over()` is true."""
+        for number in itertools.count():
+            for step in (self.press_hotkeys, self.type_text, self.write_console_lines, self.zoom, self.toggle_modes,
+                         self.answer_panels, self.request_popup, self.reload, self.move_window):
+                step()
+                if over():
+                    return
+            if number % 3 == 2:
+                self.use_menus()
+                self.restart_server()
+
+
+def wait_quietly(condition, seconds):
+    """Whether the condition comes true within the time."""
+    try:
+        return wait.until(condition, seconds, "it")
+    except AssertionError:
+        return False
