@@ -8,7 +8,10 @@ set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 
 if(APPLE)
     install(DIRECTORY ${VANTOREL_BUNDLE} DESTINATION . USE_SOURCE_PERMISSIONS)
+    # The bundle is all that is installed, and it is signed as it lies there.
+    add_custom_target(installed_files)
     set(CPACK_GENERATOR DragNDrop)
+    set(CPACK_DMG_VOLUME_NAME Vantor)
     set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
     include(CPack)
     return()
