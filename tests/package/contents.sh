@@ -106,7 +106,8 @@ is_hardened() {
     [[ $1 != */vantorel-guard ]] || left_out+=(--nofortify)
     hardening-check "${left_out[@]}" "$1"
 }
-has_landing_marks() { [ "$(uname -m)" != x86_64 ] || [ "$(objdump -d "$1" | grep -c endbr64)" -gt 1 ]; }
+# Start-up objects have a few of their own.
+has_landing_marks() { [ "$(uname -m)" != x86_64 ] || [ "$(objdump -d "$1" | grep -c endbr64)" -gt 10 ]; }
 
 no_symbols() { ! readelf --section-headers --wide "$1" | grep -E ' \.(symtab|debug_[a-z]+) '; }
 no_search_path() { ! readelf -d "$1" | grep -E 'RPATH|RUNPATH'; }

@@ -41,14 +41,16 @@ check_package() {
     return $status
 }
 
-# Builds once more in another folder, with nothing of the compiler cache, and compares.
-check_package_again() {
-    local package=$1 again
+# Builds once more in another folder, under another mask, with nothing of the compiler cache, and compares.
+check_package_again() (
+    package=$1
     shift
+    umask 077
     again=$(mktemp -d "$PWD/build-again.XXXXXX")
-    trap 'rm -rf "$again"' RETURN
-    (umask 077 && cmake --preset release -B "$again" "$@" >/dev/null &&
-        CCACHE_DISABLE=1 cmake --build "$again" --parallel "$(processors)" --target bundle installed_files >/dev/null) ||
-        return 1
-    cmp "$package" "$(umask 077 && pack "$again")" && sha256sum "$package"
-}
+    trap 'rm -rf "$again"' EXIT
+    cmake --preset release -B "$again" "$@" || exit 1
+    CCACHE_DISABLE=1 cmake --build "$again" --parallel "$(processors)" --target bundle installed_files || exit 1
+    other=$(pack "$again") || exit 1
+    sha256sum "$package" "$other"
+    cmp "$package" "$other"
+)
