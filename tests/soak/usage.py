@@ -126,7 +126,10 @@ class User:
     # What a user does
 
     def _activate(self):
-        self._world.screen.activate(self._window, PATIENCE)
+        screen = self._world.screen
+        screen.activate(self._window, PATIENCE)
+        wait.until(lambda: getattr(screen.display.get_input_focus().focus, "id", 0) == self._window.id, PATIENCE,
+                   "the window gets the keys")
 
     def press_hotkeys(self):
         """All thirteen, three times; each has to arrive."""
@@ -160,8 +163,8 @@ class User:
             if key == "3":
                 self._world.hands.type("name")
             self._answer(answer)
+            self._activate()
             self.done["panels"] += 1
-        self._activate()
 
     def _answer(self, key):
         def answered():
