@@ -128,8 +128,13 @@ class User:
     def _activate(self):
         screen = self._world.screen
         screen.activate(self._window, PATIENCE)
-        wait.until(lambda: getattr(screen.display.get_input_focus().focus, "id", 0) == self._window.id, PATIENCE,
-                   "the window gets the keys")
+
+        def focused():
+            focus = screen.display.get_input_focus().focus
+            # The toolkit takes the keys with a window inside of the one that shows.
+            return hasattr(focus, "id") and self._window.id in (focus.id, focus.query_tree().parent.id)
+
+        wait.until(focused, PATIENCE, "the window gets the keys")
 
     def press_hotkeys(self):
         """All thirteen, three times; each has to arrive."""
