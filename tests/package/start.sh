@@ -42,6 +42,11 @@ window_found() {
     done
     return 1
 }
+# The server's page has many colours below the strip; a page that is not drawn yet has one.
+# shellcheck disable=SC2317  # called by name
+page_drawn() {
+    [ "$(import -window "$window" png:- | convert - -gravity south -crop '100%x80%+0+0' -format %k info:)" -gt 16 ]
+}
 port_taken() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null || (exec 3<>"/dev/tcp/::1/$1") 2>/dev/null; }
 
 port=$((20000 + RANDOM % 10000))
@@ -62,6 +67,7 @@ window=''
 wait_for 30 "window with the application's id" window_found
 class=$(xprop -id "$window" WM_CLASS)
 [ "$class" = "WM_CLASS(STRING) = \"$id\", \"$id\"" ] || fail "the window's class is not the desktop entry's: $class"
+wait_for 60 "drawn page" page_drawn
 import -window root "$picture" || fail "no picture of the window"
 
 kill -TERM "$(cat "$root/home/$user/run/pid")" || fail "the application can't be told to end"
