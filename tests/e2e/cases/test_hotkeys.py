@@ -239,6 +239,7 @@ def test_azerty(world):
     world.server.wait_hotkeys(["stop"])
     world.hands.hotkey("q")  # labelled A there
     world.server.wait_hotkeys(["stop", "sql"])
+    shell.wait_line("✅ Hotkey sql sent successfully")  # the log may come in a little later than the frame
     mark = shell.mark()
     world.hands.press("q")
     wait.until(lambda: events(shell, 12, mark), 2, "the event line")

@@ -35,7 +35,7 @@ class World(Menus, Staging, Status):
         self.bus = None
         self.bus_address = None
         self.manager = None
-        self.allowed_complaints = ["Disabled hardware acceleration because GTK failed to initialize GL"]
+        self.allowed_complaints = []
         self.engine_patience = 5.0  # seconds that the engine's processes have to end after their shell
         self._ax = None
         self._wayland = None
