@@ -2,8 +2,8 @@
 # Vantorel. MIT licence, see LICENSE.
 """Cross-builds build-macos/Vantorel.app for Macs with Arm processors and proves what can be proven without a Mac.
 
-Prints one line for each proof, "OK" or "FAIL", and exits with 1 when one failed. Needs npm, rsvg-convert and GoogleTest's
-headers and sources, as Debian's packages bring them.
+Prints one line for each proof, "OK" or "FAIL", and exits with 1 when one failed. Needs npm, rsvg-convert, GoogleTest with
+its sources, Clang and GNUstep's Foundation, as Debian's packages bring them.
 """
 
 import concurrent.futures
@@ -36,6 +36,9 @@ GUARD_FOLDERS = ("guard", "guard/macos")
 TEST_FOLDERS = ("tests/contract", "tests/macos/native")
 # Other platforms' worlds of the contract.
 NOT_ON_MACOS = ("fake_", "linux_")
+# What runs on Linux too, with stand-ins.
+STANDINS = ROOT / "tests" / "macos" / "standins"
+FOUNDATION_ONLY = ("addresses", "bridge", "bundle", "files", "process_info", "script_values", "user_defaults")
 GOOGLETEST = pathlib.Path("/usr/src/googletest")
 GOOGLETEST_SOURCES = ("googletest/src/gtest-all.cc", "googlemock/src/gmock-all.cc", "googlemock/src/gmock_main.cc")
 
@@ -199,6 +202,44 @@ def check_native_tests(zig, shell):
         link(zig, BUILD / "macos_tests", tests + framework + shell, FRAMEWORKS)
 
 
+def check_over_gnustep():
+    """Runs the part of the backend that is Foundation alone, over another Foundation, without ARC."""
+    folder = BUILD / "gnustep"
+    home = folder / "home"
+    home.mkdir(parents=True, exist_ok=True)
+    place = subprocess.run(["gcc", "-print-file-name=include"], capture_output=True, text=True, check=False).stdout.strip()
+    flags = ["-std=c++20", "-g0", "-Wall", "-Wextra", "-Werror", f"-I{ROOT}", f"-I{STANDINS}", "-isystem", "/usr/include/GNUstep",
+             "-isystem", place]
+    objc = ["-x", "objective-c++", "-fobjc-runtime=gcc", "-fobjc-exceptions", "-fblocks", "-D_NATIVE_OBJC_EXCEPTIONS",
+            "-fconstant-string-class=NSConstantString", "-include", "AppKit/AppKit.h"]
+    parts = [ROOT / "platform" / "macos" / f"{name}.mm" for name in FOUNDATION_ONLY]
+    parts += sorted(STANDINS.glob("*.mm")) + [ROOT / "tests" / "macos" / "native" / "bridge_test.mm"]
+    parts += sorted((ROOT / "platform" / "portable").glob("*.cpp"))
+
+    def compile_part(source):
+        output = folder / (source.stem + ".o")
+        done = subprocess.run(["clang++", *flags, *(objc if source.suffix == ".mm" else []), "-c", str(source), "-o", str(output)],
+                              capture_output=True, text=True, check=False)
+        return str(output), done.stderr if done.returncode else ""
+
+    with concurrent.futures.ThreadPoolExecutor(max_workers=os.cpu_count()) as pool:
+        made = list(pool.map(compile_part, parts))
+    complaints = "".join(complaint for _output, complaint in made)
+    program = folder / "foundation_tests"
+    if not complaints:
+        complaints = subprocess.run(["clang++", *(output for output, _complaint in made), "-o", str(program), "-lgtest", "-lgmock",
+                                     "-lgnustep-base", "-lobjc", "-lBlocksRuntime"],
+                                    capture_output=True, text=True, check=False).stderr
+    last = ""
+    if not complaints:
+        done = subprocess.run([str(program), "--gtest_brief=1"], capture_output=True, text=True, check=False, timeout=120,
+                              env={**os.environ, "HOME": str(home)})
+        last = "".join(line for line in done.stdout.splitlines() if line.startswith("[  PASSED"))
+        complaints = done.stdout + done.stderr if done.returncode or not last else ""
+    proof("conversions, defaults, files and requests work over another Foundation, on this machine", not complaints,
+          (complaints or last)[-2000:])
+
+
 def check_seam():
     done = subprocess.run([sys.executable, str(ROOT / "tests" / "macos" / "seam_check.py")], capture_output=True, text=True,
                           check=False)
@@ -221,6 +262,7 @@ def main():
         check_plist()
         check_resources()
         check_native_tests(zig, [s for s in shell if s.name != "main.cpp"])
+    check_over_gnustep()
     check_api(modules)
     check_seam()
     print("left out: vantor-srv, since libsoup has no cross-built form here; the resource seal, which needs Apple's codesign")

@@ -2,6 +2,9 @@
 // Values across the border between C++ and Objective-C.
 #import "platform/macos/bridge.h"
 
+#include <cstdint>
+#include <vector>
+
 namespace vantorel::mac {
 
 namespace {
@@ -20,6 +23,47 @@ NSColor* paletteColor(SystemColor color) {
     return NSColor.clearColor;
 }
 
+constexpr unichar kReplacement = 0xFFFD;
+
+bool isLeading(unichar unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool isTrailing(unichar unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+void appendUtf8(std::string& text, std::uint32_t character) {
+    constexpr std::uint32_t kTwoBytes = 0x80;
+    constexpr std::uint32_t kThreeBytes = 0x800;
+    constexpr std::uint32_t kFourBytes = 0x10000;
+    const auto rest = [character](unsigned shift) { return static_cast<char>(0x80U | ((character >> shift) & 0x3FU)); };
+    if (character < kTwoBytes) {
+        text += static_cast<char>(character);
+    } else if (character < kThreeBytes) {
+        text += {static_cast<char>(0xC0U | (character >> 6U)), rest(0)};
+    } else if (character < kFourBytes) {
+        text += {static_cast<char>(0xE0U | (character >> 12U)), rest(6), rest(0)};
+    } else {
+        text += {static_cast<char>(0xF0U | (character >> 18U)), rest(12), rest(6), rest(0)};
+    }
+}
+
+/// The system converts a text with half a character as a whole or not at all.
+std::string repairedUtf8(const std::vector<unichar>& units) {
+    std::string text;
+    for (std::size_t place = 0; place < units.size(); ++place) {
+        const unichar unit = units[place];
+        if (isLeading(unit) && place + 1 < units.size() && isTrailing(units[place + 1])) {
+            ++place;
+            appendUtf8(text, 0x10000U + ((unit - 0xD800U) << 10U) + (units[place] - 0xDC00U));
+        } else {
+            appendUtf8(text, isLeading(unit) || isTrailing(unit) ? kReplacement : unit);
+        }
+    }
+    return text;
+}
+
 }  // namespace
 
 NSString* toNSString(std::string_view text) {
@@ -34,8 +78,12 @@ NSString* toPath(const std::string& path) {
 
 std::string toText(NSString* text) {
     if (text == nil) return {};
-    NSData* const bytes = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES];
-    return {static_cast<const char*>(bytes.bytes), bytes.length};
+    if (NSData* const bytes = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:NO]) {
+        return {static_cast<const char*>(bytes.bytes), bytes.length};
+    }
+    std::vector<unichar> units(text.length);
+    [text getCharacters:units.data() range:NSMakeRange(0, units.size())];
+    return repairedUtf8(units);
 }
 
 NSRect toNSRect(const Rect& rect) {

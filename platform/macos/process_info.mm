@@ -13,7 +13,7 @@ public:
     Environment environment() const override {
         Environment environment;
         NSDictionary<NSString*, NSString*>* const entries = NSProcessInfo.processInfo.environment;
-        for (NSString* name in entries) environment.insert_or_assign(toText(name), toText(entries[name]));
+        for (NSString* name in entries) environment.insert_or_assign(toText(name), toText([entries objectForKey:name]));
         return environment;
     }
 };

@@ -42,7 +42,7 @@ private:
         for (id key in entries) {
             if (members_ >= kMaxScriptValueMembers) break;
             if (![key isKindOfClass:NSString.class]) continue;
-            dictionary.insert_or_assign(toText(key), convert(entries[key], depth + 1));
+            dictionary.insert_or_assign(toText(key), convert([entries objectForKey:key], depth + 1));
         }
         return {std::move(dictionary)};
     }

@@ -22,7 +22,10 @@ packages_for() {
         clang) echo clang "libclang-rt-14-dev|libclang-rt-dev" ;;
         valgrind) echo valgrind ;;
         bench) echo libbenchmark-dev valgrind ;;
-        macos) echo python3 npm librsvg2-bin libgtest-dev libgmock-dev ;;
+        macos)
+            echo build-essential python3 npm librsvg2-bin libgtest-dev libgmock-dev clang libgnustep-base-dev \
+                libblocksruntime-dev
+            ;;
         package) echo dpkg-dev file gzip librsvg2-bin ;;
         package-check) echo appstream desktop-file-utils devscripts lintian man-db mmdebstrap python3 ;;
         *) fail "no such group of packages: $1" ;;

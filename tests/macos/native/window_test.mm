@@ -78,6 +78,19 @@ TEST(MacWindow, SizesBeyondTheScreenAreCut) {
     EXPECT_GE(nothing->contentView()->bounds().size.height, 0);
 }
 
+TEST(MacRect, NumbersThatAreNotFiniteCountAsNought) {
+    const Rect rect = nativePlatform().rectFromString("{{1e999, nan}, {-inf, 4}}");
+    EXPECT_EQ(rect.origin.x, 0);
+    EXPECT_EQ(rect.origin.y, 0);
+    EXPECT_EQ(rect.size.width, 0);
+}
+
+TEST(MacRect, FrameComesBackAsItWasStored) {
+    for (const Rect& rect : {Rect{{100, 80}, {900, 778}}, Rect{{-1440.5, 0}, {400, 350.25}}}) {
+        EXPECT_EQ(nativePlatform().rectFromString(nativePlatform().stringFromRect(rect)), rect);
+    }
+}
+
 TEST(MacView, ColoursOfThePaletteAndOfNumbers) {
     EXPECT_TRUE([toNSColor(SystemColor::orange) isEqual:NSColor.orangeColor]);
     EXPECT_TRUE([toNSColor(SystemColor::red) isEqual:NSColor.redColor]);

@@ -46,6 +46,16 @@ typedef struct {
 @protocol NSCopying
 @end
 
+typedef struct {
+    NSUInteger location;
+    NSUInteger length;
+} NSRange;
+
+static inline NSRange NSMakeRange(NSUInteger loc, NSUInteger len) {
+    NSRange range = {loc, len};
+    return range;
+}
+
 static inline NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat w, CGFloat h) {
     NSRect rect = {{x, y}, {w, h}};
     return rect;

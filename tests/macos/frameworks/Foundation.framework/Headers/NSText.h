@@ -18,6 +18,7 @@ enum : NSStringEncoding {
 - (nullable instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)len encoding:(NSStringEncoding)encoding;
 - (nullable NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy;
 + (instancetype)stringWithCharacters:(const unichar*)characters length:(NSUInteger)length;
+- (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 - (BOOL)isEqualToString:(NSString*)aString;
 @property (readonly, copy) NSString* stringByDeletingLastPathComponent;
 @end
