@@ -124,6 +124,8 @@ void GtkApp::perform(const Selector& action) {
     if (!modals_.empty() || terminating_)
         return;
     NativeWindow* window = frontWindow();
+    if (window != nullptr)
+        window->returnFocusFromMenuBar();
     if (action == "miniaturize:") {
         if (window != nullptr)
             window->miniaturize();

@@ -70,6 +70,8 @@ NativeWindow::NativeWindow(GtkApp& app, Rect contentRect, unsigned style)
     connections_.push_back(connect<void()>(window_.get(), "realize", [this] { realized(); }));
     connections_.push_back(connect<void()>(window_.get(), "unrealize", [this] { surfaceConnections_.clear(); }));
     connections_.push_back(connect<void()>(window_.get(), "map", [this] { mapped(); }));
+    connections_.push_back(
+        connect<void(GParamSpec*)>(window_.get(), "notify::focus-widget", [this](GParamSpec*) { focusMoved(); }));
     app_.addWindow(*this);
 }
 
@@ -100,6 +102,35 @@ void NativeWindow::mapped() {
     } else if (centring_ && !x11::willHaveFrameExtents(surface())) {
         centreNow();
     }
+}
+
+void NativeWindow::focusMoved() {
+    GtkWidget* focus = gtk_window_get_focus(gtkWindow());
+    if (focus != nullptr && gtk_widget_is_ancestor(focus, content_->core().widget()) != FALSE) {
+        contentFocus_ = Object<GtkWidget>::share(focus);
+    }
+}
+
+void NativeWindow::returnFocusFromMenuBar() {
+    if (focusReturn_)
+        return;
+    // GTK 4.8 leaves the keyboard with the menu bar once an item was chosen with the mouse. Late, since the closing
+    // menu moves the focus too.
+    focusReturn_ = SourceId(g_idle_add_full(
+        G_PRIORITY_LOW,
+        [](gpointer self) -> gboolean {
+            guarded([self] {
+                auto* window = static_cast<NativeWindow*>(self);
+                window->focusReturn_.forget();
+                GtkWidget* focus = gtk_window_get_focus(window->gtkWindow());
+                GtkWidget* bar = window->menuBar();
+                const bool barHasIt = focus != nullptr && bar != nullptr && gtk_widget_is_ancestor(focus, bar) != FALSE;
+                if (barHasIt && window->contentFocus_)
+                    gtk_widget_grab_focus(window->contentFocus_.get());
+            });
+            return G_SOURCE_REMOVE;
+        },
+        this, nullptr));
 }
 
 void NativeWindow::frameExtentsChanged() {

@@ -54,10 +54,13 @@ public:
     /// Maximises the window, or gives it back its size.
     void zoom();
     void hide();
+    /// Gives the keyboard back to the content when the menu bar has it, as soon as the menu is gone.
+    void returnFocusFromMenuBar();
 
 private:
     void realized();
     void mapped();
+    void focusMoved();
     void frameExtentsChanged();
     void applyMinSize();
     void applyLevel();
@@ -83,6 +86,9 @@ private:
     WindowSharingType sharingType_ = WindowSharingType::readOnly;
     bool centring_ = false;
     mutable std::optional<Rect> lastFrame_;
+    /// The widget of the content that had the keyboard last.
+    Object<GtkWidget> contentFocus_;
+    SourceId focusReturn_;
     std::vector<SignalConnection> connections_;
     std::vector<SignalConnection> surfaceConnections_;
 };

@@ -158,6 +158,21 @@ def test_shortcuts_while_a_field_is_typed_in(world):
     wait.same(world.home.read_defaults().get("alwaysOnTop"), "true", "Ctrl+T counted once")
 
 
+def test_keyboard_goes_back_to_the_page_after_a_choice_by_mouse(world):
+    shell, window = shown(world, world.launch_loaded(TYPING))
+    x, y, _, _ = world.screen.geometry(window)
+    world.hands.click(x + 60, y + world.strip_top(window) + 30 + 12)
+    world.hands.type("a")
+    wait.until(lambda: "a" in world.server.reports("typed"), 5, lambda: f"typed: {world.server.reports('typed')}")
+    world.choose(shell, "Vantor", "Hide in Screenshots")
+    wait.until(lambda: world.home.read_defaults().get("hideInScreenshots") == "false", 5, "the item's action")
+
+    def typed_after():
+        world.hands.type("b")
+        return any(text.startswith("ab") for text in world.server.reports("typed"))
+    wait.until(typed_after, 5, lambda: f"typed: {world.server.reports('typed')}")
+
+
 def test_editing_keys_stay_with_the_page(world):
     shell, window = shown(world, world.launch_loaded(TYPING))
     x, y, _, _ = world.screen.geometry(window)
