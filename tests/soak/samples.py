@@ -15,7 +15,6 @@ COUNT_LIMIT = 10.0  # pieces an hour: one lost in each thousand operations would
 
 FIGURES = {
     "rss": Figure("resident memory (RSS)", "MB", MEMORY_LIMIT),
-    "pss": Figure("its own share of it (PSS)", "MB", MEMORY_LIMIT),
     "anonymous": Figure("of that not from files", "MB", MEMORY_LIMIT),
     "descriptors": Figure("descriptors", "", COUNT_LIMIT),
     "threads": Figure("threads", "", COUNT_LIMIT),
@@ -23,7 +22,8 @@ FIGURES = {
     "x_pixmaps": Figure("X pixmap memory", "MB", MEMORY_LIMIT),
 }
 
-_MEMORY = {"Rss": "rss", "Pss": "pss", "Pss_Anon": "anonymous"}
+# No share of what is shared: that changes when other programs come and go.
+_MEMORY = {"Rss": "rss", "Pss_Anon": "anonymous"}
 _BY_PROCESS = 2  # XRes: clients by the number of their process
 
 
