@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/color.h"
 #include "platform/geometry.h"
@@ -24,6 +25,9 @@ NSString* toPath(const std::string& path);
 
 /// "" for nil. Lone surrogates become U+FFFD.
 std::string toText(NSString* text);
+
+/// UTF-16 as UTF-8, with U+FFFD for each half of a character: the system converts such a text not at all.
+std::string repairedUtf8(const std::vector<unichar>& units);
 
 NSRect toNSRect(const Rect& rect);
 Rect toRect(NSRect rect);

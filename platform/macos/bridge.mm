@@ -3,7 +3,6 @@
 #import "platform/macos/bridge.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace vantorel::mac {
 
@@ -49,7 +48,18 @@ void appendUtf8(std::string& text, std::uint32_t character) {
     }
 }
 
-/// The system converts a text with half a character as a whole or not at all.
+}  // namespace
+
+NSString* toNSString(std::string_view text) {
+    NSString* const utf8 = [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding];
+    if (utf8 != nil) return utf8;
+    return [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSISOLatin1StringEncoding];
+}
+
+NSString* toPath(const std::string& path) {
+    return [NSFileManager.defaultManager stringWithFileSystemRepresentation:path.c_str() length:path.size()];
+}
+
 std::string repairedUtf8(const std::vector<unichar>& units) {
     std::string text;
     for (std::size_t place = 0; place < units.size(); ++place) {
@@ -64,23 +74,11 @@ std::string repairedUtf8(const std::vector<unichar>& units) {
     return text;
 }
 
-}  // namespace
-
-NSString* toNSString(std::string_view text) {
-    NSString* const utf8 = [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSUTF8StringEncoding];
-    if (utf8 != nil) return utf8;
-    return [[NSString alloc] initWithBytes:text.data() length:text.size() encoding:NSISOLatin1StringEncoding];
-}
-
-NSString* toPath(const std::string& path) {
-    return [NSFileManager.defaultManager stringWithFileSystemRepresentation:path.c_str() length:path.size()];
-}
-
 std::string toText(NSString* text) {
     if (text == nil) return {};
-    if (NSData* const bytes = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:NO]) {
-        return {static_cast<const char*>(bytes.bytes), bytes.length};
-    }
+    NSData* const bytes = [text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:NO];
+    // Each unit of UTF-16 takes a byte or more; one system gives no data for what it cannot convert, another empty data.
+    if (bytes != nil && bytes.length >= text.length) return {static_cast<const char*>(bytes.bytes), bytes.length};
     std::vector<unichar> units(text.length);
     [text getCharacters:units.data() range:NSMakeRange(0, units.size())];
     return repairedUtf8(units);

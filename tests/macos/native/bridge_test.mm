@@ -3,6 +3,7 @@
 #import <Foundation/Foundation.h>
 
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,10 +28,15 @@ TEST(MacText, BytesThatAreNoUtf8AreTakenAsLatin1) {
     EXPECT_EQ(toText(toNSString("a\xFFz")), "a\u00FFz");
 }
 
-TEST(MacText, LoneSurrogateIsReplaced) {
-    const unichar lone[] = {0xDC00, 'a', 0xD83D, 0xFC, 0x20AC, 0xD83E, 0xDD16, 0xD83D};
-    NSString* const text = [NSString stringWithCharacters:lone length:8];
-    EXPECT_EQ(toText(text), "\uFFFDa\uFFFDü€🤖\uFFFD");
+TEST(MacText, HalvesOfCharactersAreReplaced) {
+    const std::vector<unichar> units = {0xDC00, 'a', 0xD83D, 0xFC, 0x20AC, 0xD83E, 0xDD16, 0xD83D};
+    const std::string repaired = "\uFFFDa\uFFFDü€🤖\uFFFD";
+    EXPECT_EQ(repairedUtf8(units), repaired);
+    NSString* const text = [NSString stringWithCharacters:units.data() length:units.size()];
+    if (text == nil) {
+        GTEST_SKIP() << "this Foundation makes no such texts";
+    }
+    EXPECT_EQ(toText(text), repaired);
 }
 
 TEST(MacScriptValue, KeepsKindsApart) {
