@@ -9,6 +9,7 @@ here=$(dirname "${BASH_SOURCE[0]}")
 id=app.vantorel.Vantorel
 entry=$root/usr/share/applications/$id.desktop
 application=''
+: >"$log"
 
 fail() {
     echo "error: $*" >&2
@@ -74,4 +75,5 @@ kill -TERM "$(cat "$root/home/$user/run/pid")" || fail "the application can't be
 status=0
 wait "$application" || status=$?
 application=''
+: >"$log"
 [ $status -eq 0 ] || fail "the application ended with $status"
