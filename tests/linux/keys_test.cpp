@@ -50,9 +50,9 @@ TEST(CharactersTest, AreEmptyForADeadKey) {
 }
 
 TEST(CharactersTest, AreNoneForAKeyThatTypesNothing) {
-    for (const unsigned symbol : {XKB_KEY_NoSymbol, XKB_KEY_Left, XKB_KEY_F5, XKB_KEY_Home, XKB_KEY_Delete,
-                                  XKB_KEY_Print, XKB_KEY_XF86AudioPlay, XKB_KEY_Multi_key}) {
-        EXPECT_EQ(charactersOf(symbol, false), std::nullopt) << symbol;
+    for (const int symbol : {XKB_KEY_NoSymbol, XKB_KEY_Left, XKB_KEY_F5, XKB_KEY_Home, XKB_KEY_Delete, XKB_KEY_Print,
+                             XKB_KEY_XF86AudioPlay, XKB_KEY_Multi_key}) {
+        EXPECT_EQ(charactersOf(static_cast<unsigned>(symbol), false), std::nullopt) << symbol;
     }
 }
 

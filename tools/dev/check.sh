@@ -2,7 +2,8 @@
 # Vantorel. MIT licence, see LICENSE.
 # Checks that read the sources: layout, clang-tidy, source rules, scripts.
 
-cxx_files() { project_files h cpp c mm; }
+# Without Objective-C++: clang-format 14 pulls blocks and selectors apart. Those files keep to the form by hand.
+cxx_files() { project_files h cpp c | grep -vE '^(platform|tests)/macos/'; }
 
 shell_files() {
     git ls-files --cached --others --exclude-standard | while IFS= read -r file; do
