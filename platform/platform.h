@@ -2,8 +2,8 @@
 // The whole seam in one object: it hands out the platform's services and makes its objects.
 //
 // Everything here is for the main thread, except mainQueue, globalQueue and the queues' own functions, which any thread
-// may call. References stay valid as long as the platform lives. Makers never return null: an object that cannot be made
-// ends the process with a clear message.
+// may call. References stay valid as long as the platform lives. Makers never return null: an object that cannot be
+// made ends the process with a clear message.
 #pragma once
 
 #include <functional>
