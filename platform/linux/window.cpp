@@ -51,6 +51,22 @@ Point centredClient(Size client, const x11::FrameExtents& extents, const Rect& a
             std::max(area.origin.y, std::floor(area.origin.y + (area.size.height - height) / 2)) + extents.top};
 }
 
+namespace {
+
+/// Whether a menu of the menu bar `bar` is open.
+bool hasOpenMenu(GtkWidget* bar) {
+    for (GtkWidget* item = gtk_widget_get_first_child(bar); item != nullptr; item = gtk_widget_get_next_sibling(item)) {
+        for (GtkWidget* part = gtk_widget_get_first_child(item); part != nullptr;
+             part = gtk_widget_get_next_sibling(part)) {
+            if (GTK_IS_POPOVER(part) && gtk_widget_get_visible(part) != FALSE)
+                return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
 NativeWindow::NativeWindow(GtkApp& app, Rect contentRect, unsigned style)
     : app_(app),
       window_(Object<GtkWidget>::share(gtk_application_window_new(app.application()))),
@@ -106,31 +122,43 @@ void NativeWindow::mapped() {
 
 void NativeWindow::focusMoved() {
     GtkWidget* focus = gtk_window_get_focus(gtkWindow());
-    if (focus != nullptr && gtk_widget_is_ancestor(focus, content_->core().widget()) != FALSE) {
+    if (focus == nullptr)
+        return;
+    if (gtk_widget_is_ancestor(focus, content_->core().widget()) != FALSE) {
         contentFocus_ = Object<GtkWidget>::share(focus);
+    } else if (g_get_monotonic_time() < focusReturnEnds_) {
+        returnFocusSoon();
     }
 }
 
 void NativeWindow::returnFocusFromMenuBar() {
+    // GTK 4.8 leaves the keyboard with the menu bar once an item was chosen with the mouse; the menu hands it there
+    // while it closes, which may be after the item's action.
+    focusReturnEnds_ = g_get_monotonic_time() + G_USEC_PER_SEC;
+    returnFocusSoon();
+}
+
+void NativeWindow::returnFocusSoon() {
     if (focusReturn_)
         return;
-    // GTK 4.8 leaves the keyboard with the menu bar once an item was chosen with the mouse. Late, since the closing
-    // menu moves the focus too.
     focusReturn_ = SourceId(g_idle_add_full(
         G_PRIORITY_LOW,
         [](gpointer self) -> gboolean {
             guarded([self] {
-                auto* window = static_cast<NativeWindow*>(self);
-                window->focusReturn_.forget();
-                GtkWidget* focus = gtk_window_get_focus(window->gtkWindow());
-                GtkWidget* bar = window->menuBar();
-                const bool barHasIt = focus != nullptr && bar != nullptr && gtk_widget_is_ancestor(focus, bar) != FALSE;
-                if (barHasIt && window->contentFocus_)
-                    gtk_widget_grab_focus(window->contentFocus_.get());
+                static_cast<NativeWindow*>(self)->focusReturn_.forget();
+                static_cast<NativeWindow*>(self)->returnFocusNow();
             });
             return G_SOURCE_REMOVE;
         },
         this, nullptr));
+}
+
+void NativeWindow::returnFocusNow() {
+    GtkWidget* focus = gtk_window_get_focus(gtkWindow());
+    GtkWidget* bar = menuBar();
+    const bool barHasIt = focus != nullptr && bar != nullptr && gtk_widget_is_ancestor(focus, bar) != FALSE;
+    if (barHasIt && contentFocus_ && !hasOpenMenu(bar))
+        gtk_widget_grab_focus(contentFocus_.get());
 }
 
 void NativeWindow::frameExtentsChanged() {

@@ -61,6 +61,8 @@ private:
     void realized();
     void mapped();
     void focusMoved();
+    void returnFocusSoon();
+    void returnFocusNow();
     void frameExtentsChanged();
     void applyMinSize();
     void applyLevel();
@@ -89,6 +91,8 @@ private:
     /// The widget of the content that had the keyboard last.
     Object<GtkWidget> contentFocus_;
     SourceId focusReturn_;
+    /// Until when (GLib's monotonic clock) the menu bar has to give the keyboard back.
+    gint64 focusReturnEnds_ = 0;
     std::vector<SignalConnection> connections_;
     std::vector<SignalConnection> surfaceConnections_;
 };

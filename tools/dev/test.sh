@@ -15,8 +15,8 @@ cmd_test() {
     fi
 }
 
-# In CI an end-to-end test gets a second try, and is named as unstable when it needed it: there, machines stall for
-# seconds. Any other test that needed it has failed.
+# In CI a test with a real window gets a second try, and is named as unstable when it needed it: there, machines stall
+# for seconds, and the engine's helpers are not always there when a page asks for them. Any other test has failed then.
 test_twice() {
     local status=0
     ctest --test-dir build --output-on-failure --parallel $(($(processors) * 2)) --repeat until-pass:2 "$@" |
