@@ -50,7 +50,9 @@ public:
         if (jsc_value_is_number(value) != 0) {
             return {jsc_value_to_double(value)};
         }
-        if (jsc_value_is_function(value) != 0 || jsc_value_is_object(value) == 0 || left_.depth == 0) {
+        // In this order: to ask undefined or null whether it is a function throws inside the engine (WebKitGTK 2.50),
+        // with a trace of the stack that takes a millisecond.
+        if (jsc_value_is_object(value) == 0 || jsc_value_is_function(value) != 0 || left_.depth == 0) {
             return {};
         }
         --left_.depth;
