@@ -55,7 +55,7 @@ class GtkWorld : public testing::Test {
 protected:
     void SetUp() override {
         if (gdk_display_get_default() == nullptr)
-            GTEST_SKIP() << "no display";
+            FAIL() << "no display; tools/with_display brings one";
         app = std::make_unique<GtkApp>();
         app->setDelegate(delegate);
         ASSERT_TRUE(g_application_register(G_APPLICATION(app->application()), nullptr, nullptr));
