@@ -7,6 +7,7 @@ import argparse
 import concurrent.futures
 import hashlib
 import json
+import os
 import pathlib
 import shlex
 import subprocess
@@ -38,7 +39,9 @@ def digest(path: pathlib.Path, command: str, settings: str) -> str | None:
     run = subprocess.run([*words, "-E", "-CC", "-P"], capture_output=True, check=False)
     if run.returncode != 0:
         return None
-    return hashlib.sha256(settings.encode() + path.as_posix().encode() + run.stdout).hexdigest()
+    # Free of the folder that the project lies in, so that what one clone found clean serves the next.
+    flags = " ".join(words).replace(ROOT.as_posix(), "")
+    return hashlib.sha256("\n".join([settings, flags, ""]).encode() + run.stdout).hexdigest()
 
 
 def check(path: pathlib.Path, command: str, build: pathlib.Path, settings: str, clean: pathlib.Path) -> str:
@@ -63,8 +66,8 @@ def main() -> int:
     parser.add_argument("files", nargs="*", type=pathlib.Path)
     options = parser.parse_args()
     build = options.build.resolve()
-    clean = build / "tidy-clean"
-    clean.mkdir(exist_ok=True)
+    clean = pathlib.Path(os.environ.get("XDG_CACHE_HOME") or pathlib.Path.home() / ".cache") / "vantorel-tidy"
+    clean.mkdir(parents=True, exist_ok=True)
     version = subprocess.run(["clang-tidy", "--version"], capture_output=True, text=True, check=True).stdout
     settings = version + "".join(
         path.read_text(encoding="utf-8") for path in sorted(ROOT.glob("**/.clang-tidy")) if "build" not in path.parts)
