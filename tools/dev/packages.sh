@@ -2,7 +2,8 @@
 # Vantorel. MIT licence, see LICENSE.
 # Which packages each task needs (names of Debian and Ubuntu), and how they get here.
 
-# packages_for GROUP: the packages of a group; "a|b" is met by either.
+# packages_for GROUP: the packages of a group; "a|b" is met by either, "command:a" by a command of that name as well,
+# which may have come from somewhere else (Node's own packages bring npm, and conflict with Debian's).
 packages_for() {
     case $1 in
         fake) echo build-essential cmake ninja-build ccache lld libgtest-dev libgmock-dev ;;
@@ -23,7 +24,7 @@ packages_for() {
         valgrind) echo valgrind ;;
         bench) echo libbenchmark-dev valgrind ;;
         macos)
-            echo build-essential python3 npm librsvg2-bin libgtest-dev libgmock-dev clang libgnustep-base-dev \
+            echo build-essential python3 npm:npm librsvg2-bin libgtest-dev libgmock-dev clang libgnustep-base-dev \
                 libblocksruntime-dev
             ;;
         package) echo dpkg-dev file gzip librsvg2-bin ;;
@@ -40,6 +41,8 @@ missing_packages() {
     installed=" $(dpkg-query -W -f='${Package}=${db:Status-Status} ' 2>/dev/null) "
     for group in "$@"; do
         for wanted in $(packages_for "$group"); do
+            case $wanted in *:*) ! has "${wanted%%:*}" || continue ;; esac
+            wanted=${wanted#*:}
             for choice in ${wanted//|/ }; do
                 case $installed in *" $choice=installed "*) continue 2 ;; esac
             done
