@@ -9,15 +9,27 @@ here=$(dirname "${BASH_SOURCE[0]}")
 id=app.vantorel.Vantorel
 entry=$root/usr/share/applications/$id.desktop
 application=''
+pid_file=$root/home/$user/run/pid # the application's own; $application may be the session around it
 : >"$log"
+rm -f "$pid_file"
 
 fail() {
     echo "error: $*" >&2
     sed 's/^/    /' "$log" >&2
     exit 1
 }
+# Politely first: a session that is killed leaves its bus and the application behind.
 # shellcheck disable=SC2317  # called by the trap
-clean_up() { [ -z "$application" ] || { kill -KILL "$application" 2>/dev/null && wait "$application"; }; }
+clean_up() {
+    [ -n "$application" ] || return
+    local pid end=$((SECONDS + 15))
+    pid=$(cat "$pid_file" 2>/dev/null)
+    kill -TERM "${pid:-$application}" 2>/dev/null
+    while kill -0 "$application" 2>/dev/null && [ $SECONDS -lt $end ]; do sleep 0.1; done
+    # shellcheck disable=SC2086  # one word or none
+    ! kill -0 "$application" 2>/dev/null || kill -KILL $pid "$application"
+    wait "$application"
+}
 trap clean_up EXIT
 
 # wait_for SECONDS WHAT COMMAND...: until the command succeeds.
@@ -71,9 +83,8 @@ class=$(xprop -id "$window" WM_CLASS)
 wait_for 60 "drawn page" page_drawn
 import -window root "$picture" || fail "no picture of the window"
 
-kill -TERM "$(cat "$root/home/$user/run/pid")" || fail "the application can't be told to end"
+kill -TERM "$(cat "$pid_file")" || fail "the application can't be told to end"
 status=0
 wait "$application" || status=$?
 application=''
-: >"$log"
 [ $status -eq 0 ] || fail "the application ended with $status"
