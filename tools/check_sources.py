@@ -20,9 +20,11 @@ LONG_FILES: dict[str, str] = {
 MAX_LINES = 500
 
 FEATURES = ("app", "server", "web", "ui", "hotkeys")
+PRODUCT = (*FEATURES, "platform", "guard")
 BACKENDS = ("linux", "macos")
 OS_MACROS = re.compile(
     r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*\b(?:__APPLE__|__linux__|__linux|__unix__|_WIN32|__MACH__|TARGET_OS_\w+)")
+SANDBOX = re.compile(r"DISABLE_SANDBOX|sandbox_enabled")
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s+"([^"]+)"')
 
 
@@ -67,6 +69,8 @@ def check_code(path: str, lines: list[str]) -> list[str]:
         where = f"{path}:{number}:"
         if not in_backend and OS_MACROS.match(line):
             breaches.append(f"{where} an #if for an operating system outside platform/<os>/")
+        if path.split("/")[0] in PRODUCT and SANDBOX.search(line):
+            breaches.append(f"{where} the engine's sandbox stays on, whatever the surroundings")
         match = INCLUDE.match(line)
         if not match:
             continue

@@ -66,7 +66,6 @@ cmd_lint() {
 }
 
 cmd_check_macos() {
-    [ -f tools/check_macos.py ] || fail "tools/check_macos.py is missing"
     ensure macos
     python3 tools/check_macos.py "$@"
 }

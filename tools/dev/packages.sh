@@ -6,7 +6,7 @@
 # which may have come from somewhere else (Node's own packages bring npm, and conflict with Debian's).
 packages_for() {
     case $1 in
-        fake) echo build-essential cmake ninja-build ccache lld libgtest-dev libgmock-dev ;;
+        fake) echo build-essential cmake ninja-build ccache lld libgtest-dev libgmock-dev python3 ;;
         build)
             packages_for fake
             echo pkg-config libgtk-4-dev libwebkitgtk-6.0-dev libsoup-3.0-dev libx11-dev libxi-dev libxtst-dev \
@@ -16,8 +16,9 @@ packages_for() {
         display) echo xvfb xfwm4 dbus x11-utils imagemagick ;;
         tests)
             echo python3 python3-xlib python3-pil python3-gi at-spi2-core openbox xfconf x11-xkb-utils xdotool \
-                x11-xserver-utils xauth dbus-x11 weston xwayland
+                x11-xserver-utils xauth dbus-x11 weston xwayland faketime
             ;;
+        debug) echo gdb ;;
         layout) echo git clang-format ;;
         lint) echo git python3 clang clang-format clang-tidy shellcheck ;;
         clang) echo clang "libclang-rt-14-dev|libclang-rt-dev" ;;
@@ -92,7 +93,7 @@ ensure_on_macos() {
 cmd_doctor() {
     local group missing status=0
     if is_debian; then
-        for group in build run display tests lint clang valgrind bench macos package package-check; do
+        for group in build run display tests debug lint clang valgrind bench macos package package-check; do
             missing=$(missing_packages "$group" | tr '\n' ' ')
             if [ -z "$missing" ]; then
                 printf 'OK    packages for %s\n' "$group"
@@ -106,7 +107,9 @@ cmd_doctor() {
         done
     fi
     is_macos && return $status
-    if sandbox_works; then
+    if ! has bwrap; then
+        printf 'NONE  without bubblewrap (packages for run) nothing is known of user namespaces\n'
+    elif sandbox_works; then
         printf 'OK    user namespaces for the engine'"'"'s sandbox\n'
     else
         printf 'LACKS user namespaces: the application itself will not start here; run and test switch the sandbox off\n'

@@ -25,23 +25,62 @@ choose_port() {
     export WEBSOCKET_PORT=$port
 }
 
-cmd_run() {
-    local program display=${DISPLAY:-}${WAYLAND_DISPLAY:-}
-    if is_macos; then
-        ensure
-        program=build/Vantorel.app/Contents/MacOS/Vantorel
-    else
-        program=build/Vantorel.app/Contents/Linux/Vantorel
-        if [ -n "$display" ]; then ensure build run; else ensure build run display; fi
-    fi
-    configure debug
+has_display() { is_macos || [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; }
+
+shell_program() {
+    local folder=Linux
+    ! is_macos || folder=MacOS
+    echo "build/Vantorel.app/Contents/$folder/Vantorel"
+}
+
+# ready_to_run [CMAKE OPTION...]: the debug build, and what it needs to run here.
+ready_to_run() {
+    local option
+    for option in "$@"; do
+        case $option in -D?*=*) ;; *) fail "this is no option of CMake's like -DNAME=VALUE: $option" ;; esac
+    done
+    if is_macos; then ensure; elif has_display; then ensure build run; else ensure build run display; fi
+    configure debug "$@"
     build debug bundle
     probe_sandbox
     choose_port
-    if is_macos || [ -n "$display" ]; then
+}
+
+cmd_run() {
+    local program
+    program=$(shell_program)
+    ready_to_run "$@"
+    if has_display; then
         say "starting; close the window or press Ctrl-C to end"
-        exec "$program" "$@"
+        exec "$program"
     fi
     say "no display: starting on a virtual one"
     exec tools/with_display tools/picture "$program" build/vantorel.png
+}
+
+# debug [PID]: the application in a debugger, started anew, or the one that runs already.
+cmd_debug() {
+    local program start
+    program=$(shell_program)
+    case $*,$# in ,0 | [1-9]*,1) ;; *) fail "debug takes nothing, or the number of one process" ;; esac
+    if is_macos; then
+        [ $# -eq 0 ] || exec lldb -p "$1"
+        ready_to_run
+        exec lldb -o run "$program"
+    fi
+    ensure debug
+    if [ $# -gt 0 ]; then
+        # Where only parents may trace, it takes root.
+        case $(cat /proc/sys/kernel/yama/ptrace_scope 2>/dev/null) in '' | 0) exec gdb -q -p "$1" ;; esac
+        as_root gdb -q -p "$1"
+        return
+    fi
+    ready_to_run
+    # The application ignores SIGPIPE, but a debugger would stop at it.
+    start=(gdb -q -ex "handle SIGPIPE nostop noprint pass" -ex run --args "$program")
+    if has_display; then exec "${start[@]}"; fi
+    say "no display: starting on a virtual one"
+    # What runs there in the background gets no input, unless it is handed over.
+    # shellcheck disable=SC2016  # the inner shell's own arguments
+    exec tools/with_display bash -c 'exec "$@" <&9 9<&-' debug "${start[@]}" 9<&0
 }

@@ -186,7 +186,8 @@ def test_caps_lock_and_num_lock(world):
     world.hands.press("num")
     world.hands.hotkey("s")
     world.server.wait_hotkeys(["screenshot_active"])
-    assert int(events(shell, 1)[0].group(2)) & 0x10000, "the Caps Lock bit"
+    event = wait.until(lambda: events(shell, 1), 2, "the event line")[0]
+    assert int(event.group(2)) & 0x10000, "the Caps Lock bit"
     world.hands.press("num")
     world.hands.press("caps")
     world.hands.hotkey("d")

@@ -161,6 +161,7 @@ def test_grandchild_holds_the_pipe(world):
     end = shell.wait_line("🛑 Server process terminated with exit code: 4")
     late = shell.wait_line(PREFIX + "late words")
     assert end.index < late.index
+    shell.wait_line(re.compile("^❌ Provisional navigation failed"))  # the load itself is work
     before = children.cpu_seconds(shell.pid)
     wait.stays(shell.running, 2, "the shell runs", 0.5)
     assert children.cpu_seconds(shell.pid) - before < 0.1
