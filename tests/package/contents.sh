@@ -100,10 +100,10 @@ shell_is_small() {
 }
 
 # Without its look at the mark of control flow protection, which needs start-up objects that have it: those of Debian 12
-# do not. The guard's calls have sizes known at compile time, see the package's overrides for Lintian.
+# do not. Only the shell has calls that get fortified: see the overrides for Lintian in packaging/linux.
 is_hardened() {
     local left_out=(--nocfprotection)
-    [[ $1 != */vantorel-guard ]] || left_out+=(--nofortify)
+    [[ $1 == */Vantorel ]] || left_out+=(--nofortify)
     hardening-check "${left_out[@]}" "$1"
 }
 # Start-up objects have a few of their own.
