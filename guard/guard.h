@@ -28,7 +28,7 @@
 // What the guard does
 // -------------------
 // It ends, without a word, as soon as the server and all of its process group are gone. A byte "q" on the pipe tells
-// it of a normal quit, in which the shell has sent the termination request; end-of-file without it tells that the shell
+// it of a normal quit, in which the shell sends the termination request; end-of-file without it tells that the shell
 // is gone, and then the guard sends SIGTERM to the server, once. GRACE_MS after either it kills the server and what is
 // left of the server's process group. Children of the server that left the group are not touched.
 

@@ -3,9 +3,8 @@
 //
 // Rules for every object here, unless a function says otherwise:
 // - It is made, used and released on the main thread.
-// - Objects are shared: the logic keeps what it needs, the platform keeps what is on screen. A delegate is held weakly;
-// a
-//   call for a delegate that is gone does nothing.
+// - Objects are shared: the logic keeps what it needs, the platform keeps what is on screen. A delegate is held
+//   weakly; a call for a delegate that is gone does nothing.
 // - Geometry is in points with the origin at the bottom left.
 // - Texts are UTF-8. Setters take effect before they return, as far as the object itself can tell.
 #pragma once

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <filesystem>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/bundle.h"
@@ -157,13 +158,28 @@ private:
             pid_ = launched.pid;
             guardLine_ = std::move(launched.guardLine);
         }
+        try {
+            startThread("server-exit", [self = shared_from_this()]() mutable { waitForEnd(std::move(self)); }).detach();
+        } catch (const std::system_error&) {
+            giveUp();
+            return systemError("Could not watch", *executable_, EAGAIN);
+        }
         mainQueue().async([self = shared_from_this()] {
             const std::lock_guard lock(self->mutex_);
             self->launcherIsDone_ = true;
             self->launched_.notify_all();
         });
-        startThread("server-exit", [self = shared_from_this()]() mutable { waitForEnd(std::move(self)); }).detach();
         return std::nullopt;
+    }
+
+    // A child whose end nobody would notice.
+    void giveUp() {
+        const std::lock_guard lock(mutex_);
+        ::kill(pid_, SIGKILL);
+        while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+        }
+        pid_ = 0;
+        guardLine_ = {};
     }
 
     static void waitForEnd(std::shared_ptr<ChildProcess> self) {

@@ -14,6 +14,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/linux/object.h"
 #include "platform/linux/thread.h"
 
 namespace vantorel::gtk {
@@ -23,7 +24,7 @@ namespace {
 using Block = std::function<void()>;
 
 gboolean runBlock(gpointer data) {
-    (*static_cast<Block*>(data))();
+    guarded(*static_cast<Block*>(data));
     return G_SOURCE_REMOVE;
 }
 

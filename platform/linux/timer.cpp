@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/linux/main_thread.h"
+#include "platform/linux/object.h"
 
 namespace vantorel::gtk {
 
@@ -50,7 +51,7 @@ public:
         g_source_set_callback(
             source_,
             [](gpointer data) -> gboolean {
-                (*static_cast<std::function<void()>*>(data))();
+                guarded(*static_cast<std::function<void()>*>(data));
                 return G_SOURCE_CONTINUE;
             },
             new std::function<void()>(std::move(block)),

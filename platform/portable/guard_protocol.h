@@ -15,7 +15,7 @@ inline constexpr std::string_view kGuardLaunchOption = "--launch";
 /// `vantorel-guard --watch PIPE_FD SERVER_PID GRACE_MS`: exits with 0 once its background part stands.
 inline constexpr std::string_view kGuardWatchOption = "--watch";
 
-/// Written to the watch pipe at a normal quit, after the termination request has been sent.
+/// Written to the watch pipe at a normal quit, right before the termination request is sent.
 inline constexpr char kGuardQuitByte = 'q';
 
 /// How long a server may take to end before it is killed.
