@@ -3,7 +3,6 @@
 //
 // The server is launched once per run of the application. Nothing restarts it.
 #include "app/log.h"
-#include "app/require.h"
 #include "app/weakly.h"
 #include "server/relay.h"
 #include "server/server_launch.h"
@@ -26,24 +25,30 @@ void relayOutput(FileHandle& output) {
 void createProcess(AppDelegate& app, const ServerPaths& paths) {
     logLine("⚙️ Creating Process object...");
     app.setServerProcess(app.platform().makeProcess());
-    logLine(std::string("⚙️ Process object created: ") + asText(app.serverProcess() != nullptr));
-
-    Process& process = require(app.serverProcess(), "serverProcess");
-    process.setExecutablePath(paths.server);
-    logLine("⚙️ Executable URL set: " + process.executablePath().value_or("nil"));
-    process.setCurrentDirectoryPath(paths.resources);
-    logLine("⚙️ Working directory set: " + process.currentDirectoryPath().value_or("nil"));
+    const std::shared_ptr<Process> process = app.serverProcess();
+    logLine(std::string("⚙️ Process object created: ") + asText(process != nullptr));
+    if (process)
+        process->setExecutablePath(paths.server);
+    logLine("⚙️ Executable URL set: " + (process ? process->executablePath() : std::nullopt).value_or("nil"));
+    if (process)
+        process->setCurrentDirectoryPath(paths.resources);
+    logLine("⚙️ Working directory set: " +
+            (process ? process->currentDirectoryPath() : std::nullopt).value_or("nil"));
 }
 
 void installHandlers(AppDelegate& app) {
-    Process& process = require(app.serverProcess(), "serverProcess");
+    const std::shared_ptr<Process> process = app.serverProcess();
     const std::shared_ptr<Pipe> pipe = app.platform().makePipe();
-    process.setStandardOutput(pipe);
-    process.setStandardError(pipe);
+    if (process) {
+        process->setStandardOutput(pipe);
+        process->setStandardError(pipe);
+    }
     pipe->fileHandleForReading().setReadabilityHandler(relayOutput);
+    if (!process)
+        return;
 
     // Holds the controller strongly: the end of the server is reported in any case.
-    process.setTerminationHandler([self = app.shared_from_this()](Process& ended) {
+    process->setTerminationHandler([self = app.shared_from_this()](Process& ended) {
         const std::int32_t status = ended.terminationStatus();
         logLine("🛑 Server process terminated with exit code: " + std::to_string(status));
         if (status == 0)
@@ -88,7 +93,9 @@ void launchServer(AppDelegate& app, const ServerPaths& paths) {
 
     logLine("🚀 About to call serverProcess?.run()...");
     logLine("🚀 Calling run() on process...");
-    if (const std::optional<PlatformError> error = require(app.serverProcess(), "serverProcess").run()) {
+    // Without a process nothing is launched, and nothing has failed.
+    const std::shared_ptr<Process> process = app.serverProcess();
+    if (const std::optional<PlatformError> error = process ? process->run() : std::nullopt) {
         reportLaunchFailure(app, error->localizedDescription);
     } else {
         reportLaunched(app);

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "tests/fault/fault_fixture.h"
 
@@ -204,6 +205,75 @@ TEST_F(PathsDoNotReadBack, MissingPathsAreLoggedAsNil) {
     EXPECT_THAT(log_.lines(), Contains("⚙️ Executable URL set: nil"));
     EXPECT_THAT(log_.lines(), Contains("⚙️ Working directory set: nil"));
     EXPECT_TRUE(shell_->isServerRunning());
+}
+
+class NoProcesses : public ForwardingPlatform {
+public:
+    using ForwardingPlatform::ForwardingPlatform;
+    std::shared_ptr<Process> makeProcess() override { return nullptr; }
+};
+using ProcessCannotBeMade = FaultTest<NoProcesses>;
+
+TEST_F(ProcessCannotBeMade, IsLoggedAndTakenAsStarted) {
+    launch();
+    EXPECT_THAT(
+        fake::between(log_.lines(), "⚙️ Creating Process object...", "✅ Server process started successfully"),
+        ElementsAre("⚙️ Creating Process object...", "⚙️ Process object created: false",
+                    "⚙️ Executable URL set: nil", "⚙️ Working directory set: nil",
+                    std::string("🚀 Launching server from directory: ") + fake::kResources,
+                    "🌍 Environment: WEBSOCKET_ENABLED=true, WEBSOCKET_PORT=8080, DISABLE_NATIVE_HOTKEYS=true",
+                    "🚀 About to call serverProcess?.run()...", "🚀 Calling run() on process...",
+                    "✅ run() returned successfully", "❌ serverProcess is nil after run()!",
+                    "✅ Server process started successfully"));
+    EXPECT_TRUE(shell_->isServerRunning());
+    expectStatus("🔄 Server starting... Waiting for connection...", SystemColor::orange);
+    expectLaunchCompleted(platform_);
+    platform_.advance(3);
+    EXPECT_EQ(page().loads().size(), 1U);
+    platform_.app.terminate();
+    EXPECT_EQ(log_.count("🛑 Stopping Go server..."), 0U);
+}
+
+/// Launches, and the controller's field is empty by the time that this returns.
+class DroppedProcess : public ForwardingProcess {
+public:
+    DroppedProcess(std::shared_ptr<Process> inner, std::function<void()> drop)
+        : ForwardingProcess(std::move(inner)),
+          drop_(std::move(drop)) {}
+    std::optional<PlatformError> run() override {
+        drop_();
+        return ForwardingProcess::run();
+    }
+
+private:
+    std::function<void()> drop_;
+};
+class DroppedProcesses : public ForwardingPlatform {
+public:
+    using ForwardingPlatform::ForwardingPlatform;
+    std::shared_ptr<Process> makeProcess() override {
+        auto process = std::make_shared<DroppedProcess>(inner().makeProcess(), [this] {
+            drop();
+            outlivesItsRun = !made.expired();
+        });
+        made = process;
+        return process;
+    }
+    std::function<void()> drop;
+    std::weak_ptr<Process> made;
+    bool outlivesItsRun = false;
+};
+using ProcessIsDropped = FaultTest<DroppedProcesses>;
+
+TEST_F(ProcessIsDropped, WithinItsRunIsLogged) {
+    broken_.drop = [this] { shell_->setServerProcess(nullptr); };
+    launch();
+    EXPECT_TRUE(broken_.outlivesItsRun);
+    EXPECT_THAT(fake::between(log_.lines(), "✅ run() returned successfully", "✅ Server process started successfully"),
+                ElementsAre("✅ run() returned successfully", "❌ serverProcess is nil after run()!",
+                            "✅ Server process started successfully"));
+    EXPECT_TRUE(shell_->isServerRunning());
+    expectLaunchCompleted(platform_);
 }
 
 // Monitors ------------------------------------------------------------------------------------------------------------
