@@ -70,11 +70,13 @@ TEST_F(PageLoadTest, ProvisionalFailureIsWordedDifferently) {
 }
 
 TEST_F(PageLoadTest, NothingIsRetried) {
-    shell_->loadWebPage();
+    platform_.advance(3);
+    ASSERT_EQ(page().loads().size(), 1U);
     page().failProvisionally({"Connection refused.", "Error 42"});
-    platform_.recorder.clear();
-    platform_.advance(1.5);
-    EXPECT_EQ(platform_.recorder.countStartingWith("webView1.load("), 0U);
+    page().fail({"The connection broke.", "Error 42"});
+    platform_.advance(600);
+    EXPECT_EQ(page().loads().size(), 1U);
+    EXPECT_EQ(page().reloads(), 0);
 }
 
 TEST_F(PageLoadTest, SecondLoadLetsTheFirstFailAsAnyOther) {

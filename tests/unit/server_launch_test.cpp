@@ -98,6 +98,13 @@ protected:
         shell_->startGoServer();
     }
     const Environment& given() { return child().environment().value(); }
+    /// Nothing is logged while the environment is put together: the one line of it follows that of the launch.
+    void expectNoWordOfTheFile() {
+        const std::string launching = std::string("🚀 Launching server from directory: ") + kResources;
+        const std::string environment =
+            "🌍 Environment: WEBSOCKET_ENABLED=true, WEBSOCKET_PORT=8080, DISABLE_NATIVE_HOTKEYS=true";
+        EXPECT_THAT(between(log_.lines(), launching, environment), ElementsAre(launching, environment));
+    }
 };
 
 TEST_F(ServerLaunchTest, MissingServerIsReportedAndEndsTheStart) {
@@ -166,9 +173,14 @@ TEST_F(ServerLaunchTest, ServerBecomesExecutable) {
 }
 
 TEST_F(ServerLaunchTest, FailedModeChangeIsLoggedAndTheLaunchTriedAllTheSame) {
+    platform_.files.addFile(kEnvFile, "A=1");
     platform_.files.permissionError = PlatformError{"for people", "for the log"};
     start();
-    EXPECT_EQ(log_.count("⚠️ Warning: Could not set executable permissions: for the log"), 1U);
+    const std::string path = std::string("📁 .env path: ") + kEnvFile;
+    EXPECT_THAT(between(log_.lines(), path, "⚙️ Creating Process object..."),
+                ElementsAre(path, "✅ .env file found (will be loaded into environment)",
+                            "⚠️ Warning: Could not set executable permissions: for the log",
+                            "⚙️ Creating Process object..."));
     EXPECT_TRUE(shell_->isServerRunning());
 }
 
@@ -198,6 +210,7 @@ TEST_F(ServerLaunchTest, UnreadableEnvFileIsAsIfItWereEmpty) {
     start();
     EXPECT_THAT(given(), Not(Contains(Pair("A", "1"))));
     EXPECT_EQ(log_.count("✅ .env file found (will be loaded into environment)"), 1U);
+    expectNoWordOfTheFile();
     EXPECT_TRUE(shell_->isServerRunning());
 }
 
@@ -205,6 +218,7 @@ TEST_F(ServerLaunchTest, EnvFileThatIsNotUtf8GivesNoEntryAtAll) {
     platform_.files.addFile(kEnvFile, "A=1\nB=\xFF\nC=3\n");
     start();
     EXPECT_EQ(given().size(), 3U);
+    expectNoWordOfTheFile();
 }
 
 TEST_F(ServerLaunchTest, DirectoryInTheFilesPlaceGivesNoEntry) {
@@ -212,6 +226,7 @@ TEST_F(ServerLaunchTest, DirectoryInTheFilesPlaceGivesNoEntry) {
     start();
     EXPECT_EQ(given().size(), 3U);
     EXPECT_EQ(log_.count("✅ .env file found (will be loaded into environment)"), 1U);
+    expectNoWordOfTheFile();
 }
 
 TEST_F(ServerLaunchTest, FileThatAppearsBetweenTheTwoTestsIsRead) {

@@ -2,6 +2,7 @@
 // The end of the application: frame saved, timer stopped, server asked to stop, nothing waited for.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <thread>
 #include <variant>
@@ -60,6 +61,19 @@ TEST_F(ShutdownTest, TheWaitNeedsNoController) {
     log_.take();
     platform_.runGlobalQueue();
     EXPECT_THAT(log_.lines(), ElementsAre("✅ Go server stopped"));
+}
+
+TEST_F(ShutdownTest, TheWaitHoldsTheProcess) {
+    launchQuietly();
+    shell_->applicationWillTerminate();
+    child().endUnnoticed(0);
+    releaseShell();
+    const std::weak_ptr<FakeProcess> process = platform_.processes.at(0);
+    platform_.processes.clear();
+    EXPECT_FALSE(process.expired());
+    platform_.runGlobalQueue();
+    EXPECT_TRUE(process.expired());
+    EXPECT_EQ(log_.count("✅ Go server stopped"), 1U);
 }
 
 TEST_F(ShutdownTest, EndedServerIsLeftAlone) {
