@@ -8,8 +8,7 @@
 namespace vantorel {
 
 /// The script for the command `name`, which goes into it as it is: lower-case letters and underscores only. The page
-/// sends
-/// {"type":"trigger_hotkey","hotkey":NAME} over its open window.ws and says on its console whether it could.
+/// sends {"type":"trigger_hotkey","hotkey":NAME} over its open window.ws and says on its console whether it could.
 std::string hotkeyScript(std::string_view name);
 
 } // namespace vantorel

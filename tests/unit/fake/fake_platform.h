@@ -101,8 +101,6 @@ public:
     std::function<void(FakeView&)> onMakeView;
     std::function<void(FakeWebView&)> onMakeWebView;
 
-    /// The record as numbered lines.
-    std::vector<std::string> record() const { return recorder.numbered(); }
     void runMainQueue() { loop.runMainQueue(); }
     void runGlobalQueue() { loop.runGlobalQueue(); }
     void advance(double seconds) { loop.advance(seconds); }

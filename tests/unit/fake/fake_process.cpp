@@ -38,11 +38,6 @@ void FakePipe::write(const std::string& bytes) {
     onBackgroundThread([this] { deliver(); });
 }
 
-void FakePipe::writeDirectly(const std::string& bytes) {
-    unread_ += bytes;
-    deliver();
-}
-
 void FakePipe::end() {
     onBackgroundThread([this] {
         if (handler_)

@@ -27,8 +27,6 @@ public:
     /// Output arrives: the handler is called on a thread of its own until it has read everything, and this returns
     /// then. Without a handler the bytes wait.
     void write(const std::string& bytes);
-    /// As write, with the handler called on the calling thread.
-    void writeDirectly(const std::string& bytes);
     /// The end of output: the handler is called once more, with no data.
     void end();
     bool hasHandler() const { return handler_ != nullptr; }

@@ -56,11 +56,6 @@ void FakeUrlSession::answer(std::size_t index, const UrlResult& result) {
 
 void FakeUrlSession::answerDirectly(std::size_t index, const UrlResult& result) { ready(index).completion(result); }
 
-void FakeUrlSession::answerAgain(std::size_t index, const UrlResult& result) {
-    const Exchange& exchange = *exchanges_.at(index);
-    onBackgroundThread([&exchange, &result] { exchange.completion(result); });
-}
-
 UrlResult FakeUrlSession::failure(const std::string& text) { return {.error = makeError(text), .statusCode = {}}; }
 
 } // namespace vantorel::fake

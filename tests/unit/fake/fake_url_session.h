@@ -28,8 +28,6 @@ public:
     void answer(std::size_t index, const UrlResult& result);
     /// As answer, on the calling thread.
     void answerDirectly(std::size_t index, const UrlResult& result);
-    /// As answer, as often as it is asked to.
-    void answerAgain(std::size_t index, const UrlResult& result);
     /// Lets the completions go, as the end of the platform does.
     void forget() { exchanges_.clear(); }
 

@@ -34,13 +34,6 @@ std::vector<std::string> Record::lines() const {
     return lines_;
 }
 
-std::vector<std::string> Record::numbered() const {
-    std::vector<std::string> numbered = lines();
-    for (std::size_t i = 0; i < numbered.size(); ++i)
-        numbered[i].insert(0, std::to_string(i + 1) + " ");
-    return numbered;
-}
-
 std::size_t Record::count(std::string_view line) const {
     const std::lock_guard lock(mutex_);
     return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));

@@ -29,8 +29,6 @@ public:
 
     bool onMainThread() const { return std::this_thread::get_id() == mainThread_; }
     std::vector<std::string> lines() const;
-    /// The lines, each after its number from 1 and a blank.
-    std::vector<std::string> numbered() const;
     /// How many lines are exactly `line`.
     std::size_t count(std::string_view line) const;
     /// How many lines begin with `start`.
