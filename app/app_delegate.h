@@ -7,9 +7,10 @@
 // there on everything is a callback: menu actions, key presses, the web view's delegates, the timer.
 // applicationWillTerminate ends it.
 //
-// Each operation is defined in the folder of its feature; the comment above a group names it. All of this is for the
-// main thread, except updateStatus and showError, which any thread may call. Whatever may outlive the controller holds
-// it weakly. Touching a required object while it is absent ends the process (app/require.h).
+// Each operation is defined in the folder of its feature: launch, end, preferences, permissions and reports in app/,
+// the server in server/, the page in web/, menu, window modes and zoom in ui/, the hotkeys in hotkeys/. All of this is
+// for the main thread, except updateStatus and showError, which any thread may call. Whatever may outlive the
+// controller holds it weakly. Touching a required object while it is absent ends the process (app/require.h).
 #pragma once
 
 #include <cstdint>
@@ -32,7 +33,7 @@ public:
     /// has to be held by a std::shared_ptr.
     explicit AppDelegate(Platform& platform);
 
-    // Launch and end: app/
+    // The operations
     /// The launch sequence, once.
     void applicationDidFinishLaunching() override;
     /// Loads the two window modes and lifts the window when it is to stay on top.
@@ -41,32 +42,40 @@ public:
     virtual void requestPermissions();
     virtual void requestMicrophonePermission();
     virtual void requestAccessibilityPermission();
-    /// Closing the main window quits: always true.
-    bool applicationShouldTerminateAfterLastWindowClosed() override;
-    /// Saves the frame, stops the timer, asks the running server to stop; waits for nothing.
-    void applicationWillTerminate() override;
-    /// Maps a menu item's selector to the operation of that name.
-    bool performAction(const Selector& action) override;
-
-    // Status line and error alerts: app/
     /// Builds the strip at the top of the content and its label.
     virtual void createStatusBar();
+    /// Builds the web view with its bridge to the log and puts it below the strip. Loads nothing.
+    virtual void createWebView();
+    /// Finds, prepares and launches the server, relays its output and its end; schedules the first page load.
+    virtual void startGoServer();
+    /// Requests the server's page, never from a cache.
+    virtual void loadWebPage();
+    /// One HTTP probe; its outcome goes to the strip. Nothing before the server was launched.
+    virtual void checkServerConnection();
     /// Any thread. Shows `text` in `color` on the strip, later; the last call wins.
     virtual void updateStatus(const std::string& text, const Color& color);
     /// Any thread. Shows a critical alert with one "OK" button, later. Needs no controller by then.
     virtual void showError(const std::string& title, const std::string& message);
+    virtual void createMenu();
+    virtual void showAbout();
+    virtual void toggleAlwaysOnTop();
+    virtual void toggleHideInScreenshots();
+    virtual void reload();
+    virtual void resetZoom();
+    virtual void zoomIn();
+    virtual void zoomOut();
+    /// Installs the two key monitors and logs the table.
+    virtual void setupGlobalHotkeys();
+    /// Sends the hotkey's name to the server through the page's open socket.
+    virtual void triggerHotkey(const std::string& name);
+    /// Closing the main window quits: always true.
+    bool applicationShouldTerminateAfterLastWindowClosed() override;
 
-    // The server: server/
-    /// Finds, prepares and launches the server, relays its output and its end; schedules the first page load.
-    virtual void startGoServer();
-    /// One HTTP probe; its outcome goes to the strip. Nothing before the server was launched.
-    virtual void checkServerConnection();
-
-    // The page: web/
-    /// Builds the web view with its bridge to the log and puts it below the strip. Loads nothing.
-    virtual void createWebView();
-    /// Requests the server's page, never from a cache.
-    virtual void loadWebPage();
+    // What else the platform calls
+    /// Saves the frame, stops the timer, asks the running server to stop; waits for nothing.
+    void applicationWillTerminate() override;
+    /// Maps a menu item's selector to the operation of that name.
+    bool performAction(const Selector& action) override;
     void didFinishNavigation(WebView& view) override;
     void didFailNavigation(WebView& view, const PlatformError& error) override;
     void didFailProvisionalNavigation(WebView& view, const PlatformError& error) override;
@@ -78,22 +87,6 @@ public:
     void runConfirmPanel(WebView& view, const std::string& message, std::function<void(bool)> completion) override;
     void runTextInputPanel(WebView& view, const std::string& prompt, const std::optional<std::string>& defaultText,
                            std::function<void(std::optional<std::string>)> completion) override;
-
-    // Menu, window modes, zoom: ui/
-    virtual void createMenu();
-    virtual void showAbout();
-    virtual void toggleAlwaysOnTop();
-    virtual void toggleHideInScreenshots();
-    virtual void reload();
-    virtual void resetZoom();
-    virtual void zoomIn();
-    virtual void zoomOut();
-
-    // Hotkeys: hotkeys/
-    /// Installs the two key monitors and logs the table.
-    virtual void setupGlobalHotkeys();
-    /// Sends the hotkey's name to the server through the page's open socket.
-    virtual void triggerHotkey(const std::string& name);
 
     // The state record
     Platform& platform() const { return platform_; }
