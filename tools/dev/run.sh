@@ -77,7 +77,7 @@ cmd_debug() {
     fi
     ready_to_run
     # The application ignores SIGPIPE, but a debugger would stop at it.
-    start=(gdb -q -ex "handle SIGPIPE nostop noprint pass" -ex run --args "$program")
+    start=(gdb -q -ex "handle SIGPIPE nostop noprint pass" -ex "set print thread-events off" -ex run --args "$program")
     if has_display; then exec "${start[@]}"; fi
     say "no display: starting on a virtual one"
     # What runs there in the background gets no input, unless it is handed over.
