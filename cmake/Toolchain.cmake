@@ -44,10 +44,6 @@ if(VANTOREL_SANITIZE)
     endif()
     # On every target, third-party ones included: a sanitizer that sees half a program reports ghosts.
     add_compile_options(${sanitize_flags} -O1 -g)
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        # With a sanitizer GCC 12 sees string additions copy beyond their end; without one it knows better.
-        add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-array-bounds> $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
-    endif()
     add_link_options(${sanitize_flags})
 endif()
 
