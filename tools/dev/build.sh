@@ -31,7 +31,7 @@ build() {
 # What a preset needs beyond the packages for building.
 ensure_for_preset() {
     case $1 in
-        clang | fuzz | lint | asan-ubsan) ensure build clang ;;
+        clang | fuzz | lint | asan-ubsan | tsan) ensure build clang ;;
         bench) ensure build bench ;;
         fake) ensure fake ;;
         *) ensure build ;;
