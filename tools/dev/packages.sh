@@ -98,7 +98,7 @@ cmd_doctor() {
             if [ -z "$missing" ]; then
                 printf 'OK    packages for %s\n' "$group"
             else
-                printf 'LACKS packages for %s: %s(installed when first needed)\n' "$group" "$missing"
+                printf 'LACKS packages for %s: %s(installed when first needed)\n' "$group" "${missing//|/ or }"
             fi
         done
     else
