@@ -18,6 +18,7 @@ cmd_package() {
     if [ "${1:-}" = --check ]; then
         check=yes
         shift
+        case $* in *VANTOREL_SERVER=?*) fail "the check knows the package with the development server only" ;; esac
     fi
     ensure build package
     is_macos || export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(package_time)}
