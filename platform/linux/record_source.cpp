@@ -150,10 +150,12 @@ private:
             // Events that come in with an answer lie in the connection's own queue, where poll does not see them.
             do {
                 takeControlEvents();
+                // First what has come already: a question takes as long as all the rest of a press's way through here.
+                deliver();
                 if (std::exchange(mustAsk_, false)) {
                     isKeyHeld_ = isAnyKeyDown();
+                    deliver();
                 }
-                deliver();
             } while (mustAsk_ || XEventsQueued(control_.get(), QueuedAlready) > 0);
         }
     }
@@ -190,6 +192,8 @@ private:
         }
     }
 
+    // Before the connections: the last answers of the server come in while its connection is closed.
+    std::vector<RecordedPress> presses_;
     const XConnection control_;
     const XConnection data_;
     KeyboardMap map_;
@@ -197,7 +201,6 @@ private:
     const Handler handler_;
     const FileDescriptor stop_;
     XRecordContext context_ = 0;
-    std::vector<RecordedPress> presses_;
     bool isKeyHeld_ = false;
     bool mustAsk_ = false;
     std::thread thread_;
