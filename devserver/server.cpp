@@ -2,6 +2,9 @@
 // HTTP and WebSocket handling of the development server, on libsoup.
 #include "devserver/server.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -84,7 +87,8 @@ struct Server::Client {
 Server::Server(const Settings& settings)
     : settings_(settings),
       configuration_(configurationOf(settings)),
-      soup_(soup_server_new("server-header", "vantor-srv", nullptr)) {
+      soup_(soup_server_new("server-header", "vantor-srv", nullptr)),
+      listener_(g_socket_service_new()) {
     // Compressed frames would let a few bytes grow past the size limit.
     soup_server_remove_websocket_extension(soup_.get(), SOUP_TYPE_WEBSOCKET_EXTENSION_DEFLATE);
 
@@ -106,21 +110,33 @@ Server::Server(const Settings& settings)
             },
             this, nullptr);
     }
+
+    const auto incoming = +[](GSocketService*, GSocketConnection* connection, GObject*, gpointer self) -> gboolean {
+        static_cast<Server*>(self)->accept(connection);
+        return TRUE;
+    };
+    g_signal_connect(listener_.get(), "incoming", G_CALLBACK(incoming), this);
+    // GLib 2.74 may lose a client that comes while addresses are added to a service that runs.
+    g_socket_service_stop(listener_.get());
 }
 
 Server::~Server() {
     if (stopTimeout_ != 0)
         g_source_remove(stopTimeout_);
     clients_.clear();
-    soup_server_disconnect(soup_.get());
+    disconnect();
+    g_signal_handlers_disconnect_by_data(listener_.get(), this);
 }
 
 std::optional<std::string> Server::start() {
     std::optional<std::string> problem = listen("127.0.0.1", true);
     if (!problem)
         problem = listen("::1", false);
-    if (problem)
-        soup_server_disconnect(soup_.get());
+    if (problem) {
+        disconnect();
+    } else {
+        g_socket_service_start(listener_.get());
+    }
     return problem;
 }
 
@@ -128,7 +144,8 @@ std::optional<std::string> Server::start() {
 std::optional<std::string> Server::listen(const char* address, bool required) {
     const ObjectPtr<GSocketAddress> socketAddress(g_inet_socket_address_new_from_string(address, settings_.port));
     GError* raw = nullptr;
-    if (soup_server_listen(soup_.get(), socketAddress.get(), static_cast<SoupServerListenOptions>(0), &raw) != FALSE) {
+    if (g_socket_listener_add_address(G_SOCKET_LISTENER(listener_.get()), socketAddress.get(), G_SOCKET_TYPE_STREAM,
+                                      G_SOCKET_PROTOCOL_TCP, nullptr, nullptr, &raw) != FALSE) {
         return std::nullopt;
     }
     const ErrorPtr error(raw);
@@ -139,6 +156,24 @@ std::optional<std::string> Server::listen(const char* address, bool required) {
     if (taken)
         return "port " + port + " on " + address + " is taken by another program";
     return "can't listen on port " + port + " of " + address + ": " + error->message;
+}
+
+// libsoup 3.2 loses the socket of each connection that it accepts itself.
+void Server::accept(GSocketConnection* connection) {
+    GSocket* const socket = g_socket_connection_get_socket(connection);
+    g_socket_set_option(socket, IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
+    const ObjectPtr<GSocketAddress> local(g_socket_connection_get_local_address(connection, nullptr));
+    const ObjectPtr<GSocketAddress> remote(g_socket_connection_get_remote_address(connection, nullptr));
+    // Without both ends known the client has already gone.
+    if (local && remote) {
+        soup_server_accept_iostream(soup_.get(), G_IO_STREAM(connection), local.get(), remote.get(), nullptr);
+    }
+}
+
+void Server::disconnect() {
+    g_socket_service_stop(listener_.get());
+    g_socket_listener_close(G_SOCKET_LISTENER(listener_.get()));
+    soup_server_disconnect(soup_.get());
 }
 
 // Runs before the request's body is read, so that a refused request costs no memory.
@@ -245,7 +280,7 @@ void Server::stop(std::function<void()> stopped) {
     if (stopped_)
         return;
     stopped_ = std::move(stopped);
-    soup_server_disconnect(soup_.get());
+    disconnect();
     const auto onTimeout = [](gpointer self) -> gboolean {
         static_cast<Server*>(self)->stopTimeout_ = 0;
         static_cast<Server*>(self)->finishStop();

@@ -34,6 +34,8 @@ private:
     struct Client;
 
     std::optional<std::string> listen(const char* address, bool required);
+    void accept(GSocketConnection* connection);
+    void disconnect();
     void answer(SoupServerMessage* message, const char* path) const;
     void refuseEarly(SoupServerMessage* message, const char* path) const;
     void admit(SoupWebsocketConnection* connection);
@@ -44,6 +46,7 @@ private:
     Settings settings_;
     std::string configuration_;
     ObjectPtr<SoupServer> soup_;
+    ObjectPtr<GSocketService> listener_;
     std::map<unsigned, std::unique_ptr<Client>> clients_;
     unsigned lastId_ = 0;
     guint stopTimeout_ = 0;
