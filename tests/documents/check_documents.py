@@ -10,7 +10,7 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-DOCUMENTS = sorted([*ROOT.glob("*.md"), *(ROOT / "docs").glob("*.md")])
+DOCUMENTS = sorted([*ROOT.glob("*.md"), *(ROOT / "docs").glob("*.md"), ROOT / "tests" / "e2e" / "README.md"])
 
 
 def end_to_end_names():
