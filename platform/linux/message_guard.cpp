@@ -10,9 +10,11 @@ namespace vantorel::gtk {
 
 namespace {
 
-// Everything that a page could replace later is taken at the start. Limits are in code units here, which is never more
-// than in bytes; the application cuts to bytes.
+// Everything that a page could replace later is taken at the start. Strict, so that a getter of the page's cannot walk
+// up the stack to functions and their arguments. Limits are in code units here, which is never more than in bytes; the
+// application cuts to bytes.
 constexpr std::string_view kScript = R"((function(name, mark, maxDepth, maxMembers, maxText) {
+    'use strict';
     const handlers = window.webkit && window.webkit.messageHandlers;
     if (!handlers || !handlers[name]) return;
     const channel = handlers[name];
@@ -131,9 +133,9 @@ constexpr std::string_view kScript = R"((function(name, mark, maxDepth, maxMembe
 
 } // namespace
 
-std::string messageGuardScript(const std::string& name) {
-    return std::string(kScript) + "('" + name + "', 'vantorel messages\\n', " + std::to_string(kMaxScriptValueDepth) +
-           ", " + std::to_string(kMaxScriptValueMembers) + ", " + std::to_string(kMaxScriptTextBytes) + ");";
+std::string messageGuardScript(const std::string& name, const std::string& mark) {
+    return std::string(kScript) + "('" + name + "', '" + mark + "', " + std::to_string(kMaxScriptValueDepth) + ", " +
+           std::to_string(kMaxScriptValueMembers) + ", " + std::to_string(kMaxScriptTextBytes) + ");";
 }
 
 } // namespace vantorel::gtk

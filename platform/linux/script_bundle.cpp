@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <limits>
 #include <optional>
+#include <random>
 #include <string>
 #include <utility>
 
@@ -142,12 +143,21 @@ private:
 
 } // namespace
 
+std::string makeBundleMark() {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    constexpr int kDigitCount = 32;
+    std::string mark = "vantorel messages ";
+    std::random_device source;
+    std::uniform_int_distribution<std::size_t> digit(0, kDigits.size() - 1);
+    for (int i = 0; i < kDigitCount; ++i) {
+        mark += kDigits[digit(source)];
+    }
+    return mark + ":";
+}
+
 std::vector<ScriptValue> messagesFromBundle(std::string_view bundle) {
     std::vector<ScriptValue> messages;
-    if (!bundle.starts_with(kBundleMark)) {
-        return messages;
-    }
-    Reader reader(bundle.substr(kBundleMark.size()));
+    Reader reader(bundle);
     while (!reader.atEnd()) {
         auto message = reader.value(kMaxScriptValueDepth + 1);
         if (!message) {

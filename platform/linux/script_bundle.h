@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -10,16 +11,17 @@
 
 namespace vantorel::gtk {
 
-/// What a bundle begins with.
-inline constexpr std::string_view kBundleMark = "vantorel messages\n";
+/// A new mark, for bundles to begin with: no page can guess it, so no text of a page's own passes for a bundle. ASCII,
+/// without a character that a script's text would have to escape.
+std::string makeBundleMark();
 
 /// Values of one bundle, nested ones included: more than 64 KiB of text and one message beyond can spell.
 inline constexpr std::size_t kMaxBundleValues = 100'000;
 
-/// The messages of `bundle`, which is UTF-8. After the mark come values, one after the other: "z" null, "t" and "f"
-/// Booleans, "n1.5;" a number, "s3:abc" a text with its length in UTF-16 code units, "l2:" a list of two values, "d1:"
-/// a dictionary of one key, written as a text without its "s", and value. Reading ends at the first character that fits
-/// none of these, or at the limit; the messages before it count.
+/// The messages of `bundle`, a bundle without its mark, which is UTF-8: values, one after the other. "z" is null, "t"
+/// and "f" are Booleans, "n1.5;" a number, "s3:abc" a text with its length in UTF-16 code units, "l2:" a list of two
+/// values, "d1:" a dictionary of one key, written as a text without its "s", and value. Reading ends at the first
+/// character that fits none of these, or at the limit; the messages before it count.
 std::vector<ScriptValue> messagesFromBundle(std::string_view bundle);
 
 } // namespace vantorel::gtk

@@ -6,9 +6,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/linux/message_guard.h"
-#include "platform/linux/script_bundle.h"
 #include "platform/linux/script_values.h"
 
 namespace vantorel::gtk {
@@ -32,13 +32,14 @@ WebKitUserScriptInjectionTime engineTime(UserScriptInjectionTime time) {
 /// Far more than the guard puts into one bundle.
 constexpr std::size_t kLongestBundle = std::size_t{8} << 20U;
 
-/// Calls `receive` for `value`, or for each of the messages in it when it is a bundle of the guard's.
-void forEachMessage(JSCValue* value, const std::function<void(const ScriptValue&)>& receive) {
+/// Calls `receive` for `value`, or for each of the messages in it when it is a bundle of the guard's, by its mark.
+void forEachMessage(JSCValue* value, std::string_view mark, const std::function<void(const ScriptValue&)>& receive) {
     if (jsc_value_is_string(value) != 0) {
-        const ScriptValue mark = scriptValueFrom(value, {.textBytes = kBundleMark.size()});
-        if (mark.asText()->starts_with(kBundleMark)) {
+        const ScriptValue begin = scriptValueFrom(value, {.textBytes = mark.size()});
+        if (begin.asText()->starts_with(mark)) {
             const ScriptValue bundle = scriptValueFrom(value, {.textBytes = kLongestBundle});
-            for (const ScriptValue& message : messagesFromBundle(*bundle.asText())) {
+            for (const ScriptValue& message :
+                 messagesFromBundle(std::string_view(*bundle.asText()).substr(mark.size()))) {
                 receive(message);
             }
             return;
@@ -53,7 +54,7 @@ ScriptMessages::ScriptMessages(const GtkUserContentController& content) {
     for (const GtkUserContentController::Handler& handler : content.handlers()) {
         addHandler(handler);
         UserScript guard;
-        guard.source = messageGuardScript(handler.name);
+        guard.source = messageGuardScript(handler.name, bundleMark_);
         guard.forMainFrameOnly = false;
         addScript(guard);
     }
@@ -71,15 +72,16 @@ void ScriptMessages::addScript(const UserScript& script) {
 }
 
 void ScriptMessages::addHandler(const GtkUserContentController::Handler& handler) {
+    const auto receive = [handler, mark = bundleMark_](JSCValue* value) {
+        forEachMessage(value, mark, [&handler](const ScriptValue& message) {
+            if (const auto receiver = handler.handler.lock()) {
+                receiver->didReceiveScriptMessage(handler.name, message);
+            }
+        });
+    };
     // Connected before the name is registered, as the engine's documentation asks, lest a message is lost.
-    connections_.push_back(connect<void(JSCValue*)>(
-        manager_.get(), ("script-message-received::" + handler.name).c_str(), [handler](JSCValue* value) {
-            forEachMessage(value, [&handler](const ScriptValue& message) {
-                if (const auto receiver = handler.handler.lock()) {
-                    receiver->didReceiveScriptMessage(handler.name, message);
-                }
-            });
-        }));
+    connections_.push_back(
+        connect<void(JSCValue*)>(manager_.get(), ("script-message-received::" + handler.name).c_str(), receive));
     webkit_user_content_manager_register_script_message_handler(manager_.get(), handler.name.c_str(), nullptr);
 }
 

@@ -4,9 +4,11 @@
 
 #include <webkit/webkit.h>
 
+#include <string>
 #include <vector>
 
 #include "platform/linux/object.h"
+#include "platform/linux/script_bundle.h"
 #include "platform/linux/web_view_configuration.h"
 
 namespace vantorel::gtk {
@@ -22,6 +24,7 @@ private:
     void addScript(const UserScript& script);
     void addHandler(const GtkUserContentController::Handler& handler);
 
+    const std::string bundleMark_ = makeBundleMark();
     Object<WebKitUserContentManager> manager_ =
         Object<WebKitUserContentManager>::take(webkit_user_content_manager_new());
     std::vector<SignalConnection> connections_;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "platform/linux/script_bundle.h"
 #include "platform/portable/script_value_limits.h"
 
 namespace vantorel::gtk::test {
@@ -189,11 +190,56 @@ TEST_F(WebMessageTest, TheGuardCannotBeTakenAway) {
     EXPECT_EQ(value->asText()->size(), kMaxScriptTextBytes);
 }
 
-TEST_F(WebMessageTest, ATextThatLooksLikeABundleDoesNoHarm) {
-    run("for (const text of ['', 's', 's99:x', 'l9999999999:z', 'd3:1:az', 'n', 'nx;', 'l1:'.repeat(1e5), 's1:😀'])"
-        "    post('vantorel messages\\n' + text)");
-    runFor(100ms);
-    EXPECT_EQ(posted("'still here'"), text("still here"));
+TEST_F(WebMessageTest, ATextThatLooksLikeABundleIsAText) {
+    const std::string record = "d2:4:types3:log7:messages1:x";
+    for (const std::string& forged : {"vantorel messages " + record, "vantorel messages:" + record,
+                                      "vantorel messages " + std::string(32, '0') + ":" + record, record}) {
+        EXPECT_EQ(posted("'" + forged + "'"), text(forged));
+    }
+}
+
+TEST_F(WebMessageTest, ThePageCannotReadTheBundlesMark) {
+    run("for (let i = 0; i < 1000; i++) post(i)");
+    ASSERT_TRUE(runUntil([&] { return recorder_->messages.size() == 1000; }));
+    runFor(200ms);
+    const auto seen = posted(R"((() => {
+        const channel = webkit.messageHandlers.consoleLog, found = [channel.postMessage, channel, webkit];
+        const walk = f => {
+            for (let i = 0; i < 9 && typeof f === 'function'; i++) {
+                found.push(f);
+                try { found.push(...f.arguments); } catch (e) {}
+                try { f = f.caller; } catch (e) { f = null; }
+            }
+        };
+        function getter() { walk(getter); throw new Error('stop'); }
+        try { channel.postMessage({get a() { return getter(); }}); } catch (e) { found.push(e.stack); }
+        const names = new Set(found.flatMap(each => each instanceof Object ? Reflect.ownKeys(each) : []));
+        for (const name of names) for (const each of [...found]) try { found.push(each[name]); } catch (e) {}
+        return found.map(each => { try { return String(each); } catch (e) { return ''; } }).join('\n');
+    })())");
+    ASSERT_TRUE(seen);
+    EXPECT_NE(seen->asText()->find("freePosts"), std::string::npos) << "the guard's function was not read";
+    EXPECT_EQ(seen->asText()->find("vantorel messages"), std::string::npos) << *seen->asText();
+}
+
+TEST(MessageBundle, EachMarkIsNewAndFitsIntoAScript) {
+    const std::string mark = makeBundleMark();
+    EXPECT_NE(mark, makeBundleMark());
+    EXPECT_GE(mark.size(), 32U);
+    EXPECT_EQ(mark.find_first_of("'\"\\\n"), std::string::npos);
+}
+
+TEST(MessageBundle, BrokenOnesDoNoHarm) {
+    for (const char* broken : {"", "s", "s99:x", "l9999999999:z", "d3:1:az", "n", "s1:😀"}) {
+        EXPECT_TRUE(messagesFromBundle(broken).empty()) << broken;
+    }
+    EXPECT_EQ(messagesFromBundle("s1:as9:b"), List{text("a")});
+    EXPECT_EQ(messagesFromBundle("nx;").size(), 1U);
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) {
+        deep += "l1:";
+    }
+    EXPECT_TRUE(messagesFromBundle(deep).empty());
 }
 
 } // namespace

@@ -64,13 +64,13 @@ struct Writer {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string bundle = std::string(gtk::kBundleMark) + std::string(fuzz::textFrom(data, size));
+    const std::string bundle(fuzz::textFrom(data, size));
     if (!isValidUtf8(bundle)) {
         return 0;
     }
     const std::vector<ScriptValue> messages = gtk::messagesFromBundle(bundle);
     Writer writer;
-    std::string written(gtk::kBundleMark);
+    std::string written;
     for (const ScriptValue& message : messages) {
         written += writer.write(message, 0);
     }
