@@ -5,9 +5,7 @@ import json
 import re
 import time
 
-from Xlib import X
-
-from harness import latency, wait
+from harness import wait
 from harness.hands import CHORD
 from harness.other import OtherWindow
 from harness.page import html
@@ -71,29 +69,6 @@ def test_all_from_the_own_page(world):
     wait.stays(lambda: len(world.server.hotkeys()) == 13, 0.7, "no more than thirteen")
     assert shell.running(), "the chord with Q is no Quit"
     wait.until(lambda: "KeyS" in world.server.reports("key"), 3, "the page gets the key too")
-
-
-def nobody_has_the_focus(world, focus):
-    """No window selects keys: the record must come all the same, and at once."""
-    world.desktop(manager=None)
-    shell, _ = connected(world)
-    world.hands.move(world.screen.width - 2, world.screen.height - 2)  # where no window is
-    world.screen.display.set_input_focus(focus, X.RevertToPointerRoot, X.CurrentTime)
-    world.screen.display.sync()
-    delays = []
-    for number in range(1, 6):
-        delays.append(latency.reaction(world, shell, lambda: world.hands.hotkey("s"), OUTSIDE.format(1)))
-        world.server.wait_hotkeys(["screenshot_active"] * number)
-        time.sleep(0.1)
-    assert max(delays) <= 0.05, f"delays {sorted(delays)}"
-
-
-def test_nobody_has_the_focus(world):
-    nobody_has_the_focus(world, X.NONE)
-
-
-def test_the_root_has_the_focus(world):
-    nobody_has_the_focus(world, X.PointerRoot)
 
 
 MISSING = {"shift": "Shift", "ctrl": "Ctrl", "alt": "Option", "super": "Cmd"}

@@ -139,6 +139,7 @@ def no_success(world, port, settle=3.0):
     shell = world.launch(environment={"WEBSOCKET_PORT": str(port)})
     shell.wait_line(f"🌐 Loading: http://localhost:{port}/")
     wait.stays(lambda: shell.running() and shell.find(LOADED) is None, settle, "no success is claimed")
+    wait.same(shell.count(PROVISIONAL), 1, f"provisional failures with port {port}")
     world.wait_status(shell, re.compile("^(⚠️ Server running but not responding...|❌ Failed to connect: .+)$"))
     assert world.screen.ping(world.window(shell)) < 1
     shell.quit()
@@ -147,8 +148,7 @@ def no_success(world, port, settle=3.0):
 
 def test_port_that_the_engine_refuses(world):
     world.bundle.use_server("#!/bin/sh\nexec sleep 1000\n")
-    shell = no_success(world, 6000)
-    wait.same(shell.count(PROVISIONAL), 1, "provisional failures")
+    no_success(world, 6000)
 
 
 def test_negative_port(world):

@@ -5,9 +5,13 @@
 import os
 import time
 
+from Xlib import X
+
 from harness import children, latency, wait
 from harness.other import OtherWindow
 from harness.page import html
+
+OUTSIDE = "🌍 Global event (outside app): keyCode=1"
 
 
 def test_hundred_megabytes_in_one_text(world):
@@ -85,7 +89,30 @@ def test_hotkeys_within_fifty_milliseconds(world):
     OtherWindow(world.screen)
     delays = []
     for _ in range(20):
-        delays.append(latency.reaction(world, shell, lambda: world.hands.hotkey("s"),
-                                       "🌍 Global event (outside app): keyCode=1"))
+        delays.append(latency.reaction(world, shell, lambda: world.hands.hotkey("s"), OUTSIDE))
         time.sleep(0.05)
     assert max(delays) <= 0.05, f"delays {sorted(delays)[-5:]}"
+
+
+def nobody_has_the_focus(world, focus):
+    """No window selects keys: the record must come all the same, and at once."""
+    world.desktop(manager=None)
+    shell, _ = world.launch_loaded(html(socket=True))
+    world.server.wait_socket()
+    world.hands.move(world.screen.width - 2, world.screen.height - 2)  # where no window is
+    world.screen.display.set_input_focus(focus, X.RevertToPointerRoot, X.CurrentTime)
+    world.screen.display.sync()
+    delays = []
+    for number in range(1, 6):
+        delays.append(latency.reaction(world, shell, lambda: world.hands.hotkey("s"), OUTSIDE))
+        world.server.wait_hotkeys(["screenshot_active"] * number)
+        time.sleep(0.1)
+    assert max(delays) <= 0.05, f"delays {sorted(delays)}"
+
+
+def test_nobody_has_the_focus(world):
+    nobody_has_the_focus(world, X.NONE)
+
+
+def test_the_root_has_the_focus(world):
+    nobody_has_the_focus(world, X.PointerRoot)

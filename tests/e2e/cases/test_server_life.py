@@ -16,20 +16,28 @@ def relayed(shell):
 
 
 def ends(world, script, code):
-    """A server that ends by itself; returns the shell after the line that says so."""
+    """A server that ends by itself; returns the shell after the line that says so, and the statuses since its start."""
     world.bundle.use_server(script)
     shell = world.launch()
+    statuses = world.watch_statuses(shell)
     line = shell.wait_line(re.compile("^🛑 Server process terminated with exit code: "))
     wait.same(line.text, f"🛑 Server process terminated with exit code: {code}", "line of the end")
-    return shell
+    return shell, statuses
+
+
+def shown(statuses, text):
+    """Waits until a status has been seen; it may be gone again by then."""
+    wait.until(lambda: text in statuses(), 2, lambda: f"the status {text!r}; seen: {statuses()}")
 
 
 def test_exits_with_0(world):
-    shell = ends(world, "#!/bin/sh\nsleep 0.7\nexit 0\n", 0)
-    assert world.status(shell) == "🔄 Server starting... Waiting for connection..."
+    shell, statuses = ends(world, "#!/bin/sh\nsleep 0.7\nexit 0\n", 0)
+    starting = "🔄 Server starting... Waiting for connection..."
     world.wait_status(shell, ORANGE_STATUS, 4)
-    shell.wait_line(re.compile("^❌ Provisional navigation failed: "))
-    world.wait_status(shell, re.compile("^❌ Failed to connect: "), 1)
+    shown(statuses, ORANGE_STATUS)
+    wait.same(statuses()[-2:], [starting, ORANGE_STATUS], "statuses up to the first probe")
+    failed = shell.wait_line(re.compile("^❌ Provisional navigation failed: ")).text.partition(": ")[2]
+    shown(statuses, f"❌ Failed to connect: {failed}")
     world.wait_status(shell, ORANGE_STATUS, 4)
     wait.stays(lambda: world.status(shell) == ORANGE_STATUS, 2.5, lambda: f"the status is {world.status(shell)}")
 
@@ -37,28 +45,29 @@ def test_exits_with_0(world):
 def test_exits_at_once_with_1(world):
     world.bundle.use_server("#!/bin/sh\nexit 1\n")
     shell = world.launch()
+    statuses = world.watch_statuses(shell)
     shell.wait_launched()
     end = shell.wait_line("🛑 Server process terminated with exit code: 1")
     assert shell.find("✅ Server process started successfully").index < end.index
-    world.wait_status(shell, "❌ Server exited with code 1")
+    shown(statuses, "❌ Server exited with code 1")
     world.wait_status(shell, ORANGE_STATUS, 4)
     shell.wait_line(re.compile("^❌ Provisional navigation failed: "))
     wait.same(shell.count(re.compile("terminated with exit code")), 1, "lines of the end")
 
 
 def test_large_code(world):
-    shell = ends(world, "#!/bin/sh\nsleep 1\nexit 255\n", 255)
-    world.wait_status(shell, "❌ Server exited with code 255", 2)
+    _, statuses = ends(world, "#!/bin/sh\nsleep 1\nexit 255\n", 255)
+    shown(statuses, "❌ Server exited with code 255")
 
 
 def test_killed_by_a_signal(world):
-    shell = ends(world, "#!/bin/sh\nsleep 1\nkill -KILL $$\n", 9)
-    world.wait_status(shell, "❌ Server exited with code 9", 2)
+    _, statuses = ends(world, "#!/bin/sh\nsleep 1\nkill -KILL $$\n", 9)
+    shown(statuses, "❌ Server exited with code 9")
 
 
 def test_ends_by_the_termination_signal(world):
-    shell = ends(world, "#!/bin/sh\nsleep 1\nkill -TERM $$\n", 15)
-    world.wait_status(shell, "❌ Server exited with code 15", 2)
+    _, statuses = ends(world, "#!/bin/sh\nsleep 1\nkill -TERM $$\n", 15)
+    shown(statuses, "❌ Server exited with code 15")
 
 
 def idle(world, script):
