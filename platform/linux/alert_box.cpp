@@ -81,8 +81,13 @@ void centre(GtkWindow* box) {
     const auto client = x11::clientArea(own);
     if (!screen || !over || !client)
         return;
+    // The server may not know the box's size yet.
+    GtkRequisition needed = {};
+    gtk_widget_get_preferred_size(GTK_WIDGET(box), nullptr, &needed);
+    const Size size = {std::max(client->size.width, static_cast<double>(needed.width)),
+                       std::max(client->size.height, static_cast<double>(needed.height))};
     const auto extents = x11::frameExtents(own).value_or(x11::FrameExtents{});
-    x11::moveClientTo(own, boxCorner(client->size, extents, *over, *screen), extents);
+    x11::moveClientTo(own, boxCorner(size, extents, *over, *screen), extents);
 }
 
 /// The topmost window of the application: the newest alert, or the main window while it is on the screen.

@@ -38,7 +38,7 @@ GtkWidget* makeEntry() {
 } // namespace
 
 GtkTextField::GtkTextField(Rect frame) : ViewOf(frame) {
-    // Text that the user made larger than the frame shows as far as the parent's edge.
+    // Text that the user made larger than the frame grows as far as the parent's edge.
     gtk_widget_set_overflow(core().widget(), GTK_OVERFLOW_VISIBLE);
     makeControl();
 }

@@ -35,7 +35,13 @@ void measure(GtkWidget* widget, GtkOrientation orientation, int, int* minimum, i
     const Size size = self->core == nullptr ? Size{} : self->core->frame().size;
     const double extent = orientation == GTK_ORIENTATION_HORIZONTAL ? size.width : size.height;
     *natural = static_cast<int>(std::lround(std::clamp(extent, 0.0, 32767.0)));
-    *minimum = self->demanding != FALSE ? *natural : 0;
+    *minimum = 0;
+    if (self->demanding != FALSE) {
+        int needed = 0;
+        if (GtkWidget* content = self->core == nullptr ? nullptr : self->core->content())
+            gtk_widget_measure(content, orientation, -1, &needed, nullptr, nullptr, nullptr);
+        *minimum = *natural = std::max(*natural, needed);
+    }
     *minimumBaseline = -1;
     *naturalBaseline = -1;
 }
@@ -73,21 +79,36 @@ GType viewWidgetType() {
     return type;
 }
 
-/// Gives `child` the rectangle with its top left corner at (left, top). A widget that needs more gets more, around the
-/// same middle: large text is cut by its parent at worst, and never squeezed.
-void allocate(GtkWidget* child, double left, double top, Size size) {
-    const auto whole = [](double value) { return static_cast<int>(std::lround(std::clamp(value, -32768.0, 32767.0))); };
-    int x = whole(left);
+int whole(double value) { return static_cast<int>(std::lround(std::clamp(value, -32768.0, 32767.0))); }
+
+int leastSize(GtkWidget* widget, GtkOrientation orientation, int forSize) {
+    int least = 0;
+    gtk_widget_measure(widget, orientation, forSize, &least, nullptr, nullptr, nullptr);
+    return least;
+}
+
+/// Gives `child` the rectangle with its top left corner at (left, top). A widget that needs more height gets more,
+/// around the same middle, up to `mostHeight`; one that needs still more is drawn smaller. So large text is neither cut
+/// nor squeezed.
+void allocate(GtkWidget* child, double left, double top, Size size, double mostHeight) {
+    const int x = whole(left);
     int y = whole(top);
     int width = std::max(0, whole(left + size.width) - x);
     int height = std::max(0, whole(top + size.height) - y);
-    int minimum = 0;
-    gtk_widget_measure(child, GTK_ORIENTATION_HORIZONTAL, -1, &minimum, nullptr, nullptr, nullptr);
-    width = std::max(width, minimum);
-    gtk_widget_measure(child, GTK_ORIENTATION_VERTICAL, width, &minimum, nullptr, nullptr, nullptr);
-    if (minimum > height) {
-        y -= (minimum - height) / 2;
-        height = minimum;
+    const int room = std::max(height, whole(mostHeight));
+    width = std::max(width, leastSize(child, GTK_ORIENTATION_HORIZONTAL, -1));
+    const int needed = leastSize(child, GTK_ORIENTATION_VERTICAL, width);
+    if (needed > room && room > 0) {
+        const float scale = static_cast<float>(room) / static_cast<float>(needed);
+        const graphene_point_t corner = {static_cast<float>(x),
+                                         static_cast<float>(y) - static_cast<float>(room - height) / 2};
+        gtk_widget_allocate(child, whole(width / static_cast<double>(scale)), needed, -1,
+                            gsk_transform_scale(gsk_transform_translate(nullptr, &corner), scale, scale));
+        return;
+    }
+    if (needed > height) {
+        y -= (needed - height) / 2;
+        height = needed;
     }
     const GtkAllocation allocation = {x, y, width, height};
     gtk_widget_size_allocate(child, &allocation, -1);
@@ -227,7 +248,7 @@ void ViewCore::requireFrameSize() {
 void ViewCore::resizedTo(Size size) {
     frame_.size = size;
     if (content_)
-        allocate(content_.get(), 0, 0, size);
+        allocate(content_.get(), 0, 0, size, mostContentHeight());
     for (const Child& child : children_) {
         placeChild(*child.core);
     }
@@ -236,7 +257,16 @@ void ViewCore::resizedTo(Size size) {
 void ViewCore::placeChild(ViewCore& child) const {
     child.frame_ = autoresized(child.setFrame_, child.mask_, child.setParentSize_, frame_.size);
     const double top = frame_.size.height - child.frame_.origin.y - child.frame_.size.height;
-    allocate(child.widget(), child.frame_.origin.x, top, child.frame_.size);
+    allocate(child.widget(), child.frame_.origin.x, top, child.frame_.size, child.frame_.size.height);
+}
+
+double ViewCore::mostContentHeight() const {
+    if (parent_ == nullptr)
+        return frame_.size.height;
+    const double below = frame_.origin.y;
+    const double above = parent_->frame_.size.height - frame_.size.height - below;
+    constexpr double kMargin = 1;
+    return frame_.size.height + 2 * std::max(0.0, std::min(below, above) - kMargin);
 }
 
 std::shared_ptr<View> makeView(Rect frame) { return std::make_shared<PlainView>(frame); }

@@ -58,7 +58,8 @@ public:
     Layer* layer() { return wantsLayer_ ? this : nullptr; }
     void setBackgroundColor(const Color& color) override;
 
-    /// Makes the widget ask its parent for at least the frame's size; otherwise it takes what it is given.
+    /// Makes the widget ask its parent for the frame's size, and for more where the content needs more; otherwise it
+    /// takes what it is given.
     void requireFrameSize();
     /// The widget got `size`: lays the content and the subviews out anew. For the widget alone.
     void resizedTo(Size size);
@@ -70,6 +71,8 @@ private:
     };
 
     void placeChild(ViewCore& child) const;
+    /// How high the content may grow around the frame's middle without leaving the parent.
+    double mostContentHeight() const;
     void removeChild(const ViewCore& child);
     std::vector<Child>::iterator findChild(const View* view);
 

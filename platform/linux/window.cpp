@@ -7,6 +7,7 @@
 
 #include "platform/linux/application.h"
 #include "platform/linux/main_thread.h"
+#include "platform/linux/menu_bar.h"
 
 namespace vantorel::gtk {
 namespace {
@@ -51,22 +52,6 @@ Point centredClient(Size client, const x11::FrameExtents& extents, const Rect& a
             std::max(area.origin.y, std::floor(area.origin.y + (area.size.height - height) / 2)) + extents.top};
 }
 
-namespace {
-
-/// Whether a menu of the menu bar `bar` is open.
-bool hasOpenMenu(GtkWidget* bar) {
-    for (GtkWidget* item = gtk_widget_get_first_child(bar); item != nullptr; item = gtk_widget_get_next_sibling(item)) {
-        for (GtkWidget* part = gtk_widget_get_first_child(item); part != nullptr;
-             part = gtk_widget_get_next_sibling(part)) {
-            if (GTK_IS_POPOVER(part) && gtk_widget_get_visible(part) != FALSE)
-                return true;
-        }
-    }
-    return false;
-}
-
-} // namespace
-
 NativeWindow::NativeWindow(GtkApp& app, Rect contentRect, unsigned style)
     : app_(app),
       window_(Object<GtkWidget>::share(gtk_application_window_new(app.application()))),
@@ -94,6 +79,7 @@ NativeWindow::NativeWindow(GtkApp& app, Rect contentRect, unsigned style)
 NativeWindow::~NativeWindow() {
     app_.removeWindow(*this);
     surfaceConnections_.clear();
+    menuConnections_.clear();
     connections_.clear();
     gtk_window_destroy(gtkWindow());
 }
@@ -113,6 +99,7 @@ void NativeWindow::realized() {
 void NativeWindow::mapped() {
     // GTK writes the window's state anew at each map; what was asked for earlier is lost.
     applyLevel();
+    menuConnections_ = mirrorMenus(menuBarOf(window_.get()));
     if (x11::frameExtents(surface())) {
         frameExtentsChanged();
     } else if (centring_ && !x11::willHaveFrameExtents(surface())) {
@@ -155,7 +142,7 @@ void NativeWindow::returnFocusSoon() {
 
 void NativeWindow::returnFocusNow() {
     GtkWidget* focus = gtk_window_get_focus(gtkWindow());
-    GtkWidget* bar = menuBar();
+    GtkWidget* bar = menuBarOf(window_.get());
     const bool barHasIt = focus != nullptr && bar != nullptr && gtk_widget_is_ancestor(focus, bar) != FALSE;
     if (barHasIt && contentFocus_ && !hasOpenMenu(bar))
         gtk_widget_grab_focus(contentFocus_.get());
@@ -286,17 +273,8 @@ Rect NativeWindow::frame() const {
 
 GdkSurface* NativeWindow::surface() const { return gtk_native_get_surface(GTK_NATIVE(window_.get())); }
 
-GtkWidget* NativeWindow::menuBar() const {
-    for (GtkWidget* child = gtk_widget_get_first_child(window_.get()); child != nullptr;
-         child = gtk_widget_get_next_sibling(child)) {
-        if (GTK_IS_POPOVER_MENU_BAR(child) && gtk_widget_get_visible(child) != FALSE)
-            return child;
-    }
-    return nullptr;
-}
-
 int NativeWindow::menuBarHeight() const {
-    GtkWidget* bar = menuBar();
+    GtkWidget* bar = menuBarOf(window_.get());
     return bar == nullptr ? 0 : gtk_widget_get_height(bar);
 }
 

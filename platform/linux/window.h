@@ -73,7 +73,6 @@ private:
     void centreNow();
 
     GdkSurface* surface() const;
-    GtkWidget* menuBar() const;
     int menuBarHeight() const;
     /// The title bar's height, drawn by the window manager or by GTK itself.
     double titleBarHeight() const;
@@ -95,6 +94,7 @@ private:
     gint64 focusReturnEnds_ = 0;
     std::vector<SignalConnection> connections_;
     std::vector<SignalConnection> surfaceConnections_;
+    std::vector<SignalConnection> menuConnections_;
 };
 
 std::shared_ptr<Window> makeWindow(GtkApp& app, Rect contentRect, unsigned style);
