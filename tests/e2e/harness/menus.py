@@ -63,21 +63,22 @@ class Menus:
 
     # The menu bar and the buttons, by mouse
 
-    def _menu_bar(self, shell):
+    def menu_bar(self, shell):
+        """The menu bar as a screen reader gets it."""
         return self.ax.wait_for(shell.pid, role="menu bar")
 
     def menu_titles(self, shell):
         """Titles of the menu bar's menus."""
-        return [node.name() for node in self._menu_bar(shell).children() if node.role() == "menu item"]
+        return [node.name() for node in self.menu_bar(shell).children() if node.role() == "menu item"]
 
     def open_menu(self, shell, title):
         """Opens a menu of the menu bar with the mouse; returns (its pop-up window, the menu, its items)."""
         window = self.window(shell)
         x, y, _, _ = self.screen.geometry(window)
-        entry = [node for node in self._menu_bar(shell).children() if node.name() == title][0]
+        entry = [node for node in self.menu_bar(shell).children() if node.name() == title][0]
         left, top, width, height = entry.extents()
         before = {each.id for each in self.screen.windows_of(shell.pid)}
-        self.hands.click(x + left + width / 2, y + top + height / 2)
+        self.hands.click(x + (left + width / 2) * self.scale, y + (top + height / 2) * self.scale)
         popup = wait.until(lambda: [each for each in self.screen.windows_of(shell.pid) if each.id not in before], 5,
                            f"the menu {title} opens")[0]
         items = wait.until(lambda: [node for node in entry.walk() if node.path != entry.path and node.name()
@@ -85,7 +86,8 @@ class Menus:
                            f"the menu {title} has items")
         return popup, [node for node in entry.walk() if node.role() == "menu"][0], items
 
-    def _close_menu(self, shell, popup):
+    def close_menu(self, popup):
+        """Closes an open menu by the keyboard."""
         for _ in range(3):
             if self.screen.viewable(popup):
                 self.hands.press("escape")
@@ -97,7 +99,7 @@ class Menus:
         """Titles of a menu's items, in order."""
         popup, _, items = self.open_menu(shell, title)
         names = [node.name() for node in items]
-        self._close_menu(shell, popup)
+        self.close_menu(popup)
         return names
 
     def menu_checks(self, shell):
@@ -105,7 +107,7 @@ class Menus:
         popup, _, items = self.open_menu(shell, "Vantor")
         checks = {node.name(): node.checked() for node in items
                   if node.name() in ("Always on Top", "Hide in Screenshots")}
-        self._close_menu(shell, popup)
+        self.close_menu(popup)
         return checks
 
     def choose(self, shell, title, item):
@@ -117,7 +119,7 @@ class Menus:
         left, top, width, height = node.extents()
         menu_left, menu_top, _, _ = menu.extents()
         x, y, _, _ = self.screen.geometry(popup)
-        self.hands.click(x + left - menu_left + width / 2, y + top - menu_top + height / 2)
+        self.hands.click(x + (left - menu_left + width / 2) * self.scale, y + (top - menu_top + height / 2) * self.scale)
         wait.until(lambda: not self.screen.viewable(popup), 5, "the menu closes")
 
     def press_button(self, shell, title):
@@ -130,4 +132,4 @@ class Menus:
         wait.settled(lambda: self.screen.geometry(dialog), 0.15)
         left, top, width, height = button.extents()
         x, y, _, _ = self.screen.geometry(dialog)
-        self.hands.click(x + left + width / 2, y + top + height / 2)
+        self.hands.click(x + (left + width / 2) * self.scale, y + (top + height / 2) * self.scale)

@@ -58,10 +58,9 @@ class Status:
 
     def strip_rows(self, window):
         """(first row, number of rows) of the status strip in the client window, by its colour."""
-        picture = self.screen.picture(window)
-        column = [picture.getpixel((4, y)) for y in range(picture.height)]
+        left, top, _, bottom = self.screen.visible_part(window)
         best, run = (0, 0), 0
-        for y, color in enumerate(column):
+        for y, color in enumerate(self.screen.part(left + 4, top, left + 5, bottom).getdata()):
             run = run + 1 if is_strip_grey(color) else 0
             if run > best[1]:
                 best = (y - run + 1, run)
@@ -74,8 +73,9 @@ class Status:
 
     def page_color(self, window):
         """The colour in the middle of the page."""
-        picture = self.screen.picture(window)
-        return picture.getpixel((picture.width // 2, picture.height // 2))
+        left, top, right, bottom = self.screen.visible_part(window)
+        x, y = (left + right) // 2, (top + bottom) // 2
+        return self.screen.part(x, y, x + 1, y + 1).getpixel((0, 0))
 
     def wait_page_color(self, window, color, timeout=8):
         """Waits until the middle of the page shows a colour."""
@@ -90,8 +90,8 @@ class Status:
         picture = self.screen.picture(window)
         # The first emoji has colours of its own: look to its right.
         part = picture.crop((32, top, picture.width - 4, top + rows))
-        pixels = part.getdata()
-        far = max(pixels, key=lambda color: sum(abs(a - b) for a, b in zip(color, STRIP_GREY)))
+        colors = [color for _, color in part.getcolors(part.width * part.height)]
+        far = max(colors, key=lambda color: sum(abs(a - b) for a, b in zip(color, STRIP_GREY)))
         red, green, blue = far
         if sum(abs(a - b) for a, b in zip(far, STRIP_GREY)) < 60:
             return None

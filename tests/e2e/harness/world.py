@@ -36,6 +36,7 @@ class World(Menus, Staging, Status):
         self.bus_address = None
         self.manager = None
         self.allowed_complaints = []
+        self.scale = 1  # pixels in a point, in which screen readers are told places
         self.engine_patience = 5.0  # seconds that the engine's processes have to end after their shell
         self._ax = None
         self._wayland = None

@@ -202,11 +202,17 @@ class Screen:
             self.root.change_attributes(event_mask=0)
         raise AssertionError(f"no answer to a ping within {timeout} s")
 
+    def visible_part(self, window):
+        """(left, top, right, bottom) of the part of the client window that is on the screen."""
+        x, y, width, height = self.geometry(window)
+        return max(x, 0), max(y, 0), min(x + width, self.width), min(y + height, self.height)
+
     def picture(self, window=None):
         """What the screen shows, or the part of it where the window is, as an RGB image."""
-        x, y, width, height = self.geometry(window) if window else (0, 0, self.width, self.height)
-        left, top = max(x, 0), max(y, 0)
-        right, bottom = min(x + width, self.width), min(y + height, self.height)
+        return self.part(*(self.visible_part(window) if window else (0, 0, self.width, self.height)))
+
+    def part(self, left, top, right, bottom):
+        """What the screen shows in a rectangle of it, as an RGB image."""
         raw = self.root.get_image(left, top, right - left, bottom - top, X.ZPixmap, 0xffffffff)
         return Image.frombytes("RGB", (right - left, bottom - top), raw.data, "raw", "BGRX")
 
