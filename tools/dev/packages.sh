@@ -13,7 +13,7 @@ packages_for() {
                 libxkbcommon-dev
             ;;
         run) echo bubblewrap xdg-dbus-proxy fonts-dejavu-core fonts-noto-color-emoji ;; # for the engine and its pages
-        display) echo xvfb xfwm4 dbus x11-utils imagemagick ;;
+        display) echo xvfb xfwm4 dbus at-spi2-core x11-utils imagemagick ;;
         tests)
             echo python3 python3-xlib python3-pil python3-gi at-spi2-core openbox xfconf x11-xkb-utils xdotool \
                 x11-xserver-utils xauth dbus-x11 weston xwayland faketime
