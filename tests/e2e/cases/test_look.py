@@ -67,7 +67,7 @@ class Look:
         left, above, right, below = ink(strip, STRIP_GREY)
         assert above >= 1 and below <= rows - 1, f"the text takes rows {above} to {below} of {rows}"
         assert below - above >= min(22, 14 * self.text) * scale, f"the text is only {below - above} pixels high"
-        assert left >= 10 * scale and right <= picture.width - 10 * scale, f"the text keeps its margins: {left}, {right}"
+        assert left >= 10 * scale and right <= picture.width - 10 * scale, f"the text keeps its margins: {left} {right}"
         start, rest = (picture.width - right, left) if self.leftwards else (left, picture.width - right)
         assert start <= 16 * scale, f"the text begins {start} pixels from where the line begins"
         assert rest >= 50 * scale, f"the text is shown to its end, {rest} pixels before the edge"

@@ -119,7 +119,8 @@ class Menus:
         left, top, width, height = node.extents()
         menu_left, menu_top, _, _ = menu.extents()
         x, y, _, _ = self.screen.geometry(popup)
-        self.hands.click(x + (left - menu_left + width / 2) * self.scale, y + (top - menu_top + height / 2) * self.scale)
+        self.hands.click(x + (left - menu_left + width / 2) * self.scale,
+                         y + (top - menu_top + height / 2) * self.scale)
         wait.until(lambda: not self.screen.viewable(popup), 5, "the menu closes")
 
     def press_button(self, shell, title):
