@@ -77,10 +77,11 @@ def waited(pid, threads=True):
     return total / 1e9
 
 
-def memory(pid):
-    """Private and proportionally shared memory of the process (PSS), in bytes."""
+def memory(pid, part="Pss"):
+    """Private and proportionally shared memory of the process (PSS), in bytes; with the part "Pss_Anon" what is not from
+    files, which other programs that come and go do not change."""
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
-        return sum(int(line.split()[1]) for line in file if line.startswith("Pss:")) * 1024
+        return sum(int(line.split()[1]) for line in file if line.startswith(f"{part}:")) * 1024
 
 
 class Children:
