@@ -43,7 +43,7 @@ foreach(file IN LISTS case_files)
                 --app ${VANTOREL_BUNDLE}
             WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
         set_tests_properties(${name} PROPERTIES LABELS "${labels}" TIMEOUT ${timeout}
-            SKIP_REGULAR_EXPRESSION "^SKIPPED: ")
+            SKIP_REGULAR_EXPRESSION "(^|\n)SKIPPED: ")
         if(serial)
             set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
         endif()

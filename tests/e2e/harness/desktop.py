@@ -4,7 +4,6 @@
 import glob
 import os
 import random
-import re
 import subprocess
 
 from harness import wait
@@ -66,25 +65,6 @@ def start_bus(children, home):
     address = bus.stdout.readline().decode("ascii").strip()
     assert address, "the session bus does not start"
     return bus, address
-
-
-def start_compositor(children, home, screen, xwayland):
-    """Starts a Wayland compositor, headless or in a window on that screen; returns (its socket's name, the name of the X
-    display inside or None)."""
-    log = os.path.join(home.root, "weston.log")
-    size = (screen.width, screen.height) if screen else (1400, 1000)
-    argv = ["weston", f"--backend={'x11' if screen else 'headless'}-backend.so", "--socket=wayland-9", "--idle-time=0",
-            f"--log={log}", f"--width={size[0]}", f"--height={size[1]}", "--no-config"]
-    environment = home.environment() | ({"DISPLAY": screen.name} if screen else {})
-    children.start(argv + ["--xwayland"] * xwayland, env=environment)
-    wait.until(lambda: os.path.exists(os.path.join(home.runtime, "wayland-9")), 10, "the compositor listens")
-    if not xwayland:
-        return "wayland-9", None
-
-    def display():
-        with open(log, encoding="utf-8", errors="replace") as file:
-            return re.search(r"xserver listening on display (:\d+)", file.read())
-    return "wayland-9", wait.until(display, 10, "the X server inside listens").group(1)
 
 
 def start_window_manager(children, name, environment, screen):

@@ -9,13 +9,13 @@ from harness import children, wait
 
 def reaction(world, shell, press, line, timeout=2):
     """Seconds from a key press (the function `press` gives its moment) to a log line of the shell, less the time for
-    which any thread on the way stood in the processor's queue: what counts is an otherwise idle machine."""
+    which the main threads on the way stood in the processor's queue: what counts is an otherwise idle machine."""
     pids = [shell.pid, world.display_server.pid, os.getpid()]
     mark = shell.mark()
-    queued = sum(children.waited(pid) for pid in pids)
+    queued = sum(children.waited(pid, threads=False) for pid in pids)
     begun = press()
     seen = shell.wait_line(line, timeout, mark)
-    return seen.time - begun - (sum(children.waited(pid) for pid in pids) - queued)
+    return max(seen.time - begun - (sum(children.waited(pid, threads=False) for pid in pids) - queued), 0)
 
 
 class Watch:

@@ -94,6 +94,8 @@ class Bundle:
 
     def use_development_server(self):
         """Puts the server that the build bundles in its place."""
+        if os.path.lexists(self.server):
+            os.unlink(self.server)
         _link_or_copy(os.path.join(self._application, "Contents", "Resources", "vantor-srv"), self.server)
 
     def use_server(self, content, mode=0o755):

@@ -39,7 +39,6 @@ class World(Menus, Staging, Status):
         self.scale = 1  # pixels in a point, in which screen readers are told places
         self.engine_patience = 5.0  # seconds that the engine's processes have to end after their shell
         self._ax = None
-        self._wayland = None
 
     # The desktop
 
@@ -57,24 +56,11 @@ class World(Menus, Staging, Status):
         """Starts a window manager."""
         self.manager = desktop.start_window_manager(self.children, name, self.environment(), self.screen)
 
-    def wayland(self, xwayland=False, keyboard=False):
-        """Starts a Wayland session in place of an X11 one, on wish with an X server inside, or in a window on a virtual
-        display whose keyboard and mouse it takes."""
-        if keyboard:
-            self.desktop(manager=None)
-        else:
-            self.bus, self.bus_address = desktop.start_bus(self.children, self.home)
-        self._wayland, name = desktop.start_compositor(self.children, self.home, self.screen, xwayland)
-        if xwayland:
-            self.screen = Screen(name)
-
     def environment(self):
         """The environment of a program in this session."""
         environment = self.home.environment()
-        environment["XDG_SESSION_TYPE"] = "wayland" if self._wayland else "x11"
-        if self._wayland:
-            environment["WAYLAND_DISPLAY"] = self._wayland
-        if self.screen and not (self._wayland and self.hands):
+        environment["XDG_SESSION_TYPE"] = "x11"
+        if self.screen:
             environment["DISPLAY"] = self.screen.name
         if self.bus_address:
             environment["DBUS_SESSION_BUS_ADDRESS"] = self.bus_address
@@ -91,7 +77,7 @@ class World(Menus, Staging, Status):
 
     def launch(self, environment=None, unset=(), program=None, **options):
         """Starts the shell; `environment` adds variables, `unset` takes some away."""
-        if self.screen is None and self._wayland is None:
+        if self.screen is None:
             self.desktop()
         if self.bus_address:
             self.ax  # the accessibility bus must be there before the toolkit looks for it

@@ -4,7 +4,7 @@
 import time
 
 from PIL import Image
-from Xlib import X, Xatom, display, error
+from Xlib import X, display, error
 from Xlib.protocol import event
 
 from harness import wait
@@ -118,11 +118,6 @@ class Screen:
         value = self.property(window, "WM_STATE")
         return bool(value) and value[0] == 3
 
-    def minimum_size(self, window):
-        """(width, height) in the size hints, or None."""
-        hints = window.get_wm_normal_hints()
-        return (hints.min_width, hints.min_height) if hints and hints.flags & 16 else None
-
     def wm_class(self, window):
         """(instance, class)."""
         return window.get_wm_class()
@@ -215,8 +210,3 @@ class Screen:
         """What the screen shows in a rectangle of it, as an RGB image."""
         raw = self.root.get_image(left, top, right - left, bottom - top, X.ZPixmap, 0xffffffff)
         return Image.frombytes("RGB", (right - left, bottom - top), raw.data, "raw", "BGRX")
-
-    def cardinal(self, window, name, values):
-        """Sets a list of numbers as a property of a window."""
-        window.change_property(self.atom(name), Xatom.CARDINAL, 32, values)
-        self.display.flush()

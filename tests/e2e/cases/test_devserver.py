@@ -1,0 +1,30 @@
+# Vantorel. MIT licence, see LICENSE.
+# The server that the build bundles, under the shell: its page, its socket, its lines on the log, its end.
+
+import os
+import re
+
+from harness import wait
+from harness.other import OtherWindow
+from harness.status import GREEN_STATUS
+
+
+def test_hotkeys_reach_it(world):
+    world.bundle.use_development_server()
+    if not os.path.exists(world.bundle.server):
+        raise AssertionError("the build has no development server")
+    shell = world.launch()
+    shell.wait_loaded()
+    shell.wait_line(re.compile(rf"ws 1: open, from http://localhost:{world.port}$"))
+    world.wait_status(shell, GREEN_STATUS.format(world.port))
+    OtherWindow(world.screen)
+    for key, name in (("s", "screenshot_active"), ("space", "voice"), ("w", "clear")):
+        world.hands.hotkey(key)
+        shell.wait_line(f"✅ Hotkey {name} sent successfully")
+        shell.wait_line(re.compile(rf'ws 1: {{"type":"trigger_hotkey","hotkey":"{name}"}}$'))
+    world.focused(shell)
+    world.hands.press("r", "ctrl")
+    shell.wait_line(re.compile(rf"ws 2: open, from http://localhost:{world.port}$"))
+    wait.same(shell.count("✅ Page loaded successfully"), 2, "loads")
+    shell.quit(5)
+    world.expect_no_server(3)
