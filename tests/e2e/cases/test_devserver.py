@@ -25,6 +25,6 @@ def test_hotkeys_reach_it(world):
     world.focused(shell)
     world.hands.press("r", "ctrl")
     shell.wait_line(re.compile(rf"ws 2: open, from http://localhost:{world.port}$"))
-    wait.same(shell.count("✅ Page loaded successfully"), 2, "loads")
+    wait.until(lambda: shell.count("✅ Page loaded successfully") == 2, 5, "the page is loaded again")
     shell.quit(5)
     world.expect_no_server(3)
