@@ -153,6 +153,38 @@ TEST_F(ViewTest, ALabelNeverWidensItsParent) {
     EXPECT_LT(least, 60);
 }
 
+TEST_F(ViewTest, TextTooLargeForTheStripIsDrawnSmaller) {
+    ViewCore strip({{0, 0}, {900, 30}});
+    const auto label = std::make_shared<GtkTextField>(Rect{{10, 5}, {880, 20}});
+    label->setEditable(false);
+    label->setStringValue("g");
+    strip.addSubview(label, OrderingMode::above, nullptr);
+    for (const double points : {11.0, 40.0, 100.0}) {
+        label->setSystemFont(points);
+        strip.resizedTo({900, 30});
+        graphene_rect_t drawn = {};
+        ASSERT_TRUE(gtk_widget_compute_bounds(label->control(), strip.widget(), &drawn));
+        EXPECT_GE(drawn.origin.x, 10);
+        EXPECT_GE(drawn.origin.y, 0);
+        EXPECT_LE(drawn.origin.y + drawn.size.height, 30);
+        EXPECT_NEAR(drawn.origin.y + drawn.size.height / 2, 15, 0.6);
+    }
+}
+
+TEST_F(ViewTest, AFieldThatMustBeWholeAsksForTheHeightOfItsText) {
+    const auto heightOf = [](GtkTextField& each) {
+        each.core().requireFrameSize();
+        int least = 0;
+        gtk_widget_measure(each.core().widget(), GTK_ORIENTATION_VERTICAL, -1, &least, nullptr, nullptr, nullptr);
+        return least;
+    };
+    GtkTextField ordinary({{0, 0}, {300, 24}});
+    EXPECT_EQ(heightOf(ordinary), 24);
+    GtkTextField large({{0, 0}, {300, 24}});
+    large.setSystemFont(40);
+    EXPECT_GT(heightOf(large), 40);
+}
+
 TEST_F(ViewTest, TextsSurviveAndAreKeptWhenTheFieldBecomesALabel) {
     const auto field = makeTextField({});
     const std::string text = "🔄 Starting server… é";
