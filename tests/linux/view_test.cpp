@@ -154,13 +154,13 @@ TEST_F(ViewTest, ALabelNeverWidensItsParent) {
 }
 
 TEST_F(ViewTest, TextTooLargeForTheStripIsDrawnSmaller) {
-    ViewCore strip({{0, 0}, {900, 30}});
-    const auto label = std::make_shared<GtkTextField>(Rect{{10, 5}, {880, 20}});
-    label->setEditable(false);
-    label->setStringValue("g");
-    strip.addSubview(label, OrderingMode::above, nullptr);
     for (const double points : {11.0, 40.0, 100.0}) {
+        ViewCore strip({{0, 0}, {900, 30}});
+        const auto label = std::make_shared<GtkTextField>(Rect{{10, 5}, {880, 20}});
+        label->setEditable(false);
         label->setSystemFont(points);
+        label->setStringValue("g");
+        strip.addSubview(label, OrderingMode::above, nullptr);
         strip.resizedTo({900, 30});
         graphene_rect_t drawn = {};
         ASSERT_TRUE(gtk_widget_compute_bounds(label->control(), strip.widget(), &drawn));
