@@ -69,6 +69,10 @@ public:
             task_.terminationHandler = nil;
         } else {
             guard_.start(task_.processIdentifier);
+            const dispatch_semaphore_t launcherIsDone = launcherIsDone_;
+            dispatch_async(dispatch_get_main_queue(), ^{
+                dispatch_semaphore_signal(launcherIsDone);
+            });
         }
         return error;
     }
@@ -79,8 +83,8 @@ public:
     std::int32_t terminationStatus() const override { return launched_ && !task_.running ? task_.terminationStatus : 0; }
     void terminate() override {
         if (!isRunning()) return;
-        [task_ terminate];
         guard_.tellNormalQuit();
+        [task_ terminate];
     }
     void waitUntilExit() override {
         if (launched_) [task_ waitUntilExit];
@@ -88,6 +92,7 @@ public:
 
 private:
     static constexpr const char* kNoPipe = "The system has no pipe left";
+    static constexpr int64_t kLauncherPatience = NSEC_PER_SEC;
 
     std::optional<PlatformError> launch() {
         NSError* error = nil;
@@ -104,6 +109,9 @@ private:
     /// On a thread of the task's own, perhaps before the launch has returned.
     void tellEnd() {
         launched_ = true;
+        // The end is reported after what the caller of run() says of the start. The main queue's next block tells that
+        // the caller is done, and where no loop runs the report comes all the same.
+        dispatch_semaphore_wait(launcherIsDone_, dispatch_time(DISPATCH_TIME_NOW, kLauncherPatience));
         if (handler_) handler_(*this);
         // What the handler holds belongs to the main thread, and so does its release. The task's block holds this object.
         const std::shared_ptr<MacProcess> self = shared_from_this();
@@ -123,6 +131,7 @@ private:
     std::shared_ptr<Pipe> errors_;
     std::function<void(Process&)> handler_;
     std::atomic<bool> launched_ = false;
+    dispatch_semaphore_t launcherIsDone_ = dispatch_semaphore_create(0);
     GuardLink guard_;
 };
 
