@@ -59,7 +59,7 @@ sanitize_environment() {
     export ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1
     export LSAN_OPTIONS=suppressions=$suppressions/lsan.supp:print_suppressions=0
     export UBSAN_OPTIONS=print_stacktrace=1:suppressions=$suppressions/ubsan.supp
-    export TSAN_OPTIONS=suppressions=$suppressions/tsan.supp:second_deadlock_stack=1:ignore_noninstrumented_modules=0
+    export TSAN_OPTIONS=suppressions=$suppressions/tsan.supp:second_deadlock_stack=1:ignore_noninstrumented_modules=1
     # With sanitizers GLib has to take memory from malloc, one block at a time, to be seen.
     export G_SLICE=always-malloc
 }
