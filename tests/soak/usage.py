@@ -10,6 +10,7 @@ import re
 from Xlib import X
 
 from harness import place, wait
+from harness.other import OtherWindow
 from harness.page import html
 from harness.server import ScriptedServer
 from harness.shell import LOADED
@@ -136,6 +137,14 @@ class User:
 
         wait.until(focused, PATIENCE, "the window gets the keys")
 
+    def work_elsewhere(self):
+        """Hotkeys and text while another program has the keyboard."""
+        other = OtherWindow(self._world.screen)
+        self.press_hotkeys()
+        self.type_text()
+        other.close()
+        self._activate()
+
     def press_hotkeys(self):
         """All thirteen, three times; each has to arrive."""
         before = self._count_frames()
@@ -147,7 +156,7 @@ class User:
                    lambda: f"39 hotkeys arrive, {self._count_frames() - before} did")
 
     def type_text(self):
-        """Ordinary keys into the page."""
+        """Ordinary keys."""
         for _ in range(100):
             self._world.hands.press(self._random.choice(LETTERS))
         self.done["keys"] += 100
@@ -241,7 +250,7 @@ class User:
     def work_until(self, over):
         """Round after round until `over()` is true."""
         for number in itertools.count():
-            for step in (self.press_hotkeys, self.type_text, self.write_console_lines, self.zoom, self.toggle_modes,
+            for step in (self.work_elsewhere, self.write_console_lines, self.zoom, self.toggle_modes,
                          self.answer_panels, self.request_popup, self.reload, self.move_window):
                 step()
                 if over():

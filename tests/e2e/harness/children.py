@@ -78,8 +78,8 @@ def waited(pid, threads=True):
 
 
 def memory(pid, part="Pss"):
-    """Private and proportionally shared memory of the process (PSS), in bytes; with the part "Pss_Anon" what is not from
-    files, which other programs that come and go do not change."""
+    """Private and proportionally shared memory of the process (PSS), in bytes; with the part "Pss_Anon" what is not
+    from files, which other programs that come and go do not change."""
     with open(f"/proc/{pid}/smaps_rollup", encoding="ascii") as file:
         return sum(int(line.split()[1]) for line in file if line.startswith(f"{part}:")) * 1024
 
