@@ -173,7 +173,7 @@ def test_grandchild_holds_the_pipe(world):
     shell.wait_line(re.compile("^❌ Provisional navigation failed"))  # the load itself is work
     before = children.cpu_seconds(shell.pid)
     wait.stays(shell.running, 2, "the shell runs", 0.5)
-    assert children.cpu_seconds(shell.pid) - before < 0.1
+    assert children.cpu_seconds(shell.pid) - before < 0.5
 
 
 def test_server_with_a_page(world):
