@@ -19,7 +19,7 @@ cmd_test() {
 # for seconds, and the engine's helpers are not always there when a page asks for them. Any other test has failed then.
 test_twice() {
     local status=0
-    ctest --test-dir build --output-on-failure --parallel $(($(processors) * 2)) --repeat until-pass:2 "$@" |
+    ctest --test-dir build --output-on-failure --parallel $(($(processors) * 3)) --repeat until-pass:2 "$@" |
         awk -f tools/dev/unstable.awk || status=$?
     return $status
 }
