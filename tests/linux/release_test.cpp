@@ -27,6 +27,9 @@ namespace {
 class Census {
 public:
     void count(gpointer object) {
+        static const char* const kKey = "census";
+        if (g_object_get_data(G_OBJECT(object), kKey) != nullptr)
+            return;
         const std::string type = G_OBJECT_TYPE_NAME(object);
         ++(*living_)[type];
         ++counted_;
@@ -34,9 +37,8 @@ public:
             std::shared_ptr<std::map<std::string, int>> living;
             std::string type;
         };
-        static int number = 0;
-        const std::string key = "census-" + std::to_string(++number);
-        g_object_set_data_full(G_OBJECT(object), key.c_str(), new Mark{living_, type}, [](gpointer data) {
+        // One key for all: GLib keeps every key for ever.
+        g_object_set_data_full(G_OBJECT(object), kKey, new Mark{living_, type}, [](gpointer data) {
             const std::unique_ptr<Mark> mark(static_cast<Mark*>(data));
             if (--(*mark->living)[mark->type] == 0)
                 mark->living->erase(mark->type);
