@@ -41,6 +41,8 @@ if(VANTOREL_SANITIZE)
     set(sanitize_flags -fsanitize=${VANTOREL_SANITIZE} -fno-omit-frame-pointer)
     if(VANTOREL_SANITIZE MATCHES "undefined")
         list(APPEND sanitize_flags -fno-sanitize-recover=undefined)
+        # The engine shares our instances of the standard library's templates, and its objects carry no type information.
+        list(APPEND sanitize_flags -fno-sanitize=vptr)
     endif()
     # On every target, third-party ones included: a sanitizer that sees half a program reports ghosts.
     add_compile_options(${sanitize_flags} -O1 -g)
