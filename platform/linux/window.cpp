@@ -17,6 +17,8 @@ public:
     using ViewOf::ViewOf;
 };
 
+constexpr gint64 kSettlingTime = 2 * G_TIME_SPAN_SECOND;
+
 double finite(double value) { return std::isfinite(value) ? value : 0; }
 
 int whole(double value) { return static_cast<int>(std::lround(std::clamp(value, 0.0, 32767.0))); }
@@ -87,6 +89,11 @@ NativeWindow::~NativeWindow() {
 void NativeWindow::realized() {
     GdkSurface* own = surface();
     surfaceConnections_.push_back(x11::watchFrameExtents(own, [this] { frameExtentsChanged(); }));
+    // An answer to an earlier size can make GTK forget a later one.
+    surfaceConnections_.push_back(connect<void(int, int)>(own, "layout", [this](int, int) {
+        if (g_get_monotonic_time() < settlesUntil_ && cutToScreen())
+            centreNow();
+    }));
     // GTK drops the close button's request while an alert is modal, and would leave no way out of alerts without end.
     surfaceConnections_.push_back(connect<gboolean(GdkEvent*)>(own, "event", [this](GdkEvent* event) -> gboolean {
         if (gdk_event_get_event_type(event) != GDK_DELETE || app_.modals().empty())
@@ -150,7 +157,9 @@ void NativeWindow::returnFocusNow() {
 
 void NativeWindow::frameExtentsChanged() {
     applyMinSize();
-    if (centring_ && gtk_widget_get_mapped(window_.get()) != FALSE) {
+    // The first extents can be a window manager's guess; its word follows when it has dressed the window.
+    const bool settles = centring_ || g_get_monotonic_time() < settlesUntil_;
+    if (settles && gtk_widget_get_mapped(window_.get()) != FALSE) {
         cutToScreen();
         centreNow();
     }
@@ -236,6 +245,7 @@ bool NativeWindow::cutToScreen() {
 void NativeWindow::center() {
     assertMainThread();
     centring_ = true;
+    settlesUntil_ = g_get_monotonic_time() + kSettlingTime;
     if (gtk_widget_get_mapped(window_.get()) != FALSE)
         mapped();
 }

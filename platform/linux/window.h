@@ -86,6 +86,8 @@ private:
     WindowLevel level_ = WindowLevel::normal;
     WindowSharingType sharingType_ = WindowSharingType::readOnly;
     bool centring_ = false;
+    /// Until then a change of the frame around the window puts it in the middle again. On GLib's monotonic clock.
+    gint64 settlesUntil_ = 0;
     mutable std::optional<Rect> lastFrame_;
     /// The widget of the content that had the keyboard last.
     Object<GtkWidget> contentFocus_;
