@@ -18,6 +18,15 @@ def test_hotkeys_reach_it(world):
     shell.wait_line(re.compile(rf"ws 1: open, from http://localhost:{world.port}$"))
     world.wait_status(shell, GREEN_STATUS.format(world.port))
     OtherWindow(world.screen)
+
+    def page_has_its_socket():
+        """The server knows of the socket before the page does; until then the page says that it has none."""
+        lines = shell.mark()
+        world.hands.hotkey("h")
+        wait.until(lambda: shell.count("✅ Hotkey help sent successfully", lines) == 1, 5, "the hotkey went to the page")
+        return shell.count("🔴 JS Error: ❌ WebSocket not connected", lines) == 0
+
+    wait.until(page_has_its_socket, 10, "the page has its socket", 0.2)
     for key, name in (("s", "screenshot_active"), ("space", "voice"), ("w", "clear")):
         world.hands.hotkey(key)
         shell.wait_line(f"✅ Hotkey {name} sent successfully")
