@@ -396,5 +396,47 @@ TEST_P(FailedLaunchTest, ReportsWhenThereAreNoDescriptors) {
     EXPECT_NE(error->localizedDescription.find("Too many open files"), std::string::npos);
 }
 
+TEST_P(ProcessTest, AChildWhoseEndNobodyWouldNoticeIsNotKept) {
+    process_->setExecutablePath(script("exec sleep 1000"));
+    connectOutput();
+    std::optional<PlatformError> error;
+    {
+        const NoThreads none;
+        error = process_->run();
+    }
+    ASSERT_TRUE(error);
+    EXPECT_NE(error->localizedDescription.find("Resource temporarily unavailable"), std::string::npos);
+    EXPECT_FALSE(process_->isRunning());
+    EXPECT_EQ(process_->processIdentifier(), 0);
+    process_->waitUntilExit();
+    EXPECT_EQ(output_.wholeText(), "");
+}
+
+TEST_P(ProcessTest, AChildCanBeStartedOnceThereAreThreadsAgain) {
+    process_->setExecutablePath(script("exit 3"));
+    {
+        const NoThreads none;
+        ASSERT_TRUE(process_->run());
+    }
+    ASSERT_FALSE(process_->run());
+    process_->waitUntilExit();
+    EXPECT_EQ(process_->terminationStatus(), 3);
+}
+
+TEST(PipeWithoutThreads, ReadsOnceAHandlerIsSetAgain) {
+    const std::shared_ptr<Pipe> pipe = makePipe();
+    std::atomic<bool> read{false};
+    const auto handler = [&read](FileHandle& handle) { read = !handle.availableData().empty() || read; };
+    const auto writeOne = [&pipe] { return ::write(static_cast<ChildPipe&>(*pipe).writingEnd(), "x", 1); };
+    {
+        const NoThreads none;
+        pipe->fileHandleForReading().setReadabilityHandler(handler);
+    }
+    ASSERT_EQ(writeOne(), 1);
+    pipe->fileHandleForReading().setReadabilityHandler(handler);
+    EXPECT_TRUE(waitUntil([&read] { return read.load(); }));
+    pipe->fileHandleForReading().setReadabilityHandler(nullptr);
+}
+
 } // namespace
 } // namespace vantorel::gtk::test

@@ -125,6 +125,27 @@ TEST(GlobalQueueTest, WaitsNoLessThanAsked) {
     EXPECT_TRUE(wasElsewhere);
 }
 
+TEST(GlobalQueueTest, KeepsWhatNoThreadWasThereFor) {
+    std::atomic<int> begun{0};
+    std::atomic<int> ran{0};
+    const int many = 80; // more than threads that could be idle from before
+    std::atomic<bool> release{false};
+    const auto block = [&] {
+        ++begun;
+        waitUntil([&release] { return release.load(); });
+        ++ran;
+    };
+    {
+        const NoThreads none;
+        for (int number = 0; number < many; ++number) {
+            globalQueue().async(block);
+        }
+    }
+    release = true;
+    globalQueue().async([] {});
+    EXPECT_TRUE(waitUntil([&ran] { return ran == many; })) << begun << " of the blocks were begun";
+}
+
 TEST(GlobalQueueTest, HoldsUpNoExit) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(

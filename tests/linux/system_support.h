@@ -2,9 +2,11 @@
 // What the tests of processes, files, queues and keys share: temporary folders and bounded waiting.
 #pragma once
 
+#include <pthread.h>
 #include <sys/stat.h>
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -36,6 +38,28 @@ public:
 
 private:
     std::filesystem::path path_;
+};
+
+/// No further thread can be started as long as it lives: none of the size that is then asked for has room.
+class NoThreads {
+public:
+    NoThreads() {
+        pthread_getattr_default_np(&before_);
+        pthread_attr_t huge;
+        pthread_attr_init(&huge);
+        pthread_attr_setstacksize(&huge, std::size_t{1} << 47);
+        pthread_setattr_default_np(&huge);
+        pthread_attr_destroy(&huge);
+    }
+    ~NoThreads() {
+        pthread_setattr_default_np(&before_);
+        pthread_attr_destroy(&before_);
+    }
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+
+private:
+    pthread_attr_t before_{};
 };
 
 inline void writeFile(const std::string& path, const std::string& content, unsigned mode = 0644) {
