@@ -6,9 +6,10 @@ set -u
 [ $# -eq 4 ] || { echo "usage: tests/package/start.sh ROOT USER LOG PICTURE" >&2; exit 2; }
 root=$1 user=$2 log=$3 picture=$4
 here=$(dirname "${BASH_SOURCE[0]}")
+# shellcheck source=tools/started_application.sh
+source "$here/../../tools/started_application.sh"
 id=app.vantorel.Vantorel
 entry=$root/usr/share/applications/$id.desktop
-application=''
 pid_file=$root/home/$user/run/pid # the application's own; $application may be the session around it
 : >"$log"
 rm -f "$pid_file"
@@ -32,18 +33,6 @@ clean_up() {
 }
 trap clean_up EXIT
 
-# wait_for SECONDS WHAT COMMAND...: until the command succeeds.
-wait_for() {
-    local end=$((SECONDS + $1)) what=$2
-    shift 2
-    until "$@"; do
-        kill -0 "$application" 2>/dev/null || fail "the application ended before there was $what"
-        [ $SECONDS -lt $end ] || fail "no $what in time"
-        sleep 0.2
-    done
-}
-# shellcheck disable=SC2317  # called by name
-page_loaded() { grep -q '^✅ Page loaded successfully' "$log"; }
 # shellcheck disable=SC2317  # called by name
 window_found() {
     local candidate
