@@ -2,7 +2,6 @@
 # What the shell's process holds, looked at again and again from outside.
 
 import os
-import threading
 import time
 from collections import namedtuple
 
@@ -72,33 +71,22 @@ class XResources:
 
 
 class Sampler:
-    """Takes a sample every `interval` seconds on a thread of its own until `stop`."""
+    """Collects samples. Each is to be taken at the same point of the work: a panel that is up or a page that loads costs
+    megabytes for a moment."""
 
-    def __init__(self, pid, display_name, interval):
+    def __init__(self, pid, display_name):
         self._pid = pid
-        self._interval = interval
         self._x = XResources(display_name, pid)
-        self._stopped = threading.Event()
-        self._thread = threading.Thread(target=self._run, daemon=True)
         self.begun = time.monotonic()
         self.samples = []  # of (seconds since begun, figures)
         self.notes = [] if self._x.available else ["X resources: the display lacks the X-Resource extension, skipped"]
-        self._thread.start()
 
-    def _run(self):
-        while not self._stopped.wait(self._interval):
-            try:
-                figures = of_process(self._pid)
-            except OSError:
-                return  # the shell has ended, which its own log tells
-            if self._x.available:
-                figures |= self._x.look()
-            self.samples.append((time.monotonic() - self.begun, figures))
-
-    def stop(self):
-        """Ends the sampling."""
-        self._stopped.set()
-        self._thread.join(30)
+    def take(self):
+        """One sample; the shell has to run."""
+        figures = of_process(self._pid)
+        if self._x.available:
+            figures |= self._x.look()
+        self.samples.append((time.monotonic() - self.begun, figures))
 
     def series(self, figure, since):
         """(times, values) of a figure from a moment on, the samples without it left out."""

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 # Vantorel. MIT licence, see LICENSE.
 # Long use in short time: soak.py [MINUTES]; memory, descriptors, threads and X resources of the shell have to stay flat.
-"""Drives the real application on a private display, samples its process from outside, and fits a line through each
-figure after a warm-up. Exit status 0 only when every figure stays within its limit for sure; a figure whose error is
-too large for a verdict is "not decided": the run was too short for it, or the machine too busy.
+"""Drives the real application on a private display, samples its process from outside after every third round of work,
+and fits a line through each figure after a warm-up. Exit status 0 only when every figure stays within its limit for
+sure; a figure whose error is too large for a verdict is "not decided": the run was too short for it.
 
 Of memory the engine has its part: WebKitGTK 2.50 with GTK 4.8 can keep some of what keys pressed into its view cost, in
 a program of twelve lines as well; keys pressed in other programs' windows cost nothing. So most keys go there."""
@@ -35,14 +35,13 @@ def parse():
     parser = argparse.ArgumentParser(description="Long use in short time.")
     parser.add_argument("minutes", nargs="?", type=float, default=15, help="time of use, warm-up included (15)")
     parser.add_argument("--warm-up", type=float, metavar="MINUTES", help="left out of the lines (a third of the time)")
-    parser.add_argument("--interval", type=float, default=2, metavar="SECONDS", help="between samples (2)")
     parser.add_argument("--app", default=os.path.join(ROOT, "build", "Vantorel.app"), help="the bundle")
     parser.add_argument("--samples", metavar="FILE", help="write all samples there, as tab-separated values")
     options = parser.parse_args()
     if options.warm_up is None:
         options.warm_up = options.minutes / 3
-    if not 0 <= options.warm_up < options.minutes or options.interval <= 0:
-        parser.error("the warm-up must be shorter than the run, and the interval above 0")
+    if not 0 <= options.warm_up < options.minutes:
+        parser.error("the warm-up must be shorter than the run")
     if not os.path.exists(os.path.join(options.app, "Contents", "Linux", "Vantorel")):
         parser.error(f"no application at {options.app}")
     return options
@@ -81,7 +80,7 @@ def write_samples(sampler, path):
 def soak(world, options):
     """One run; returns the exit status."""
     user = User(world)
-    sampler = Sampler(user.shell.pid, world.screen.name, options.interval)
+    sampler = Sampler(user.shell.pid, world.screen.name)
     end = sampler.begun + options.minutes * 60
     shown = [time.monotonic()]
 
@@ -95,8 +94,7 @@ def soak(world, options):
                 for key, value in figures.items()), flush=True)
         return now >= end
 
-    user.work_until(over)
-    sampler.stop()
+    user.work_until(over, sampler.take)
     if options.samples:
         write_samples(sampler, options.samples)
     lines = user.shell.mark()

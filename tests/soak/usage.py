@@ -247,17 +247,19 @@ class User:
         self._wait_socket(sockets)
         self.done["server restarts"] += 1
 
-    def work_until(self, over):
-        """Round after round until `over()` is true."""
-        for number in itertools.count():
+    def work_until(self, over, rest):
+        """Round after round until `over()` is true; calls `rest()` each time the page's server has come back, with nothing
+        going on."""
+        for number in itertools.count(1):
             for step in (self.work_elsewhere, self.write_console_lines, self.zoom, self.toggle_modes,
                          self.answer_panels, self.request_popup, self.reload, self.move_window):
                 step()
                 if over():
                     return
-            if number % 3 == 2:
+            if number % 3 == 0:
                 self.use_menus()
                 self.restart_server()
+                rest()
 
 
 def wait_quietly(condition, seconds):
