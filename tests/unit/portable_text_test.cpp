@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 
@@ -167,21 +166,18 @@ TEST(SplitLines, KeepsHalfBreaksAtTheEnd) {
     EXPECT_EQ(splitLines("a\xE2\x80"), (Pieces{"a\xE2\x80"}));
 }
 
-TEST(SplitLines, GoesThroughAMegabyteQuickly) {
+TEST(SplitLines, GoesThroughAMegabyte) {
     std::string text;
     while (text.size() < 1'000'000) {
         text += "  A_RATHER_ORDINARY_NAME = its value, with é and 🤖 \r\n";
     }
-    const auto start = std::chrono::steady_clock::now();
     std::size_t kept = 0;
     ASSERT_TRUE(isValidUtf8(text));
     for (const std::string_view line : splitLines(text)) {
         kept += trimWhitespace(line).empty() ? 0U : 1U;
     }
-    const auto spent = std::chrono::steady_clock::now() - start;
     EXPECT_EQ(kept,
               text.size() / std::string_view("  A_RATHER_ORDINARY_NAME = its value, with é and 🤖 \r\n").size());
-    EXPECT_LT(spent, std::chrono::seconds(1)); // a guard against quadratic work; the benchmark knows the real figure
 }
 
 TEST(AppendPathComponent, PutsExactlyOneSlashBetween) {

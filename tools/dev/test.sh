@@ -93,7 +93,8 @@ cmd_valgrind() {
     configure debug
     build debug unit_tests
     say "unit tests under Valgrind"
-    valgrind --quiet --error-exitcode=9 --leak-check=full --show-leak-kinds=definite,indirect --num-callers=30 \
+    valgrind --quiet --error-exitcode=9 --leak-check=full --num-callers=30 \
+        --show-leak-kinds=definite,indirect --errors-for-leak-kinds=definite,indirect \
         build/tests/unit_tests --gtest_brief=1 "$@"
 }
 

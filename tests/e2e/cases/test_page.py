@@ -12,7 +12,9 @@ OTHER = re.compile(r"^❌ Page load failed: .+")
 
 
 def fails(world, pattern, other_pattern, status_start, timeout=12):
-    """Launches and expects one failure line of the one kind and the status that goes with it."""
+    """Launches and expects one failure line of the one kind and the status that goes with it. The server leaves probes
+    without an answer: their status follows a second later, and not at once."""
+    world.server.probes({"hang": True})
     shell = world.launch()
     statuses = world.watch_statuses(shell)
     line = shell.wait_line(pattern, timeout)

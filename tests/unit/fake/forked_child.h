@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -27,6 +28,7 @@ public:
         std::array<int, 2> report{};
         if (::pipe(output.data()) != 0 || ::pipe(report.data()) != 0)
             throw std::runtime_error("no pipe");
+        std::fflush(nullptr); // what is written here must not come out there too
         pid_ = ::fork();
         if (pid_ < 0)
             throw std::runtime_error("no fork");
