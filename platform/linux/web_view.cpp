@@ -36,9 +36,25 @@ GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> conf
     assertMainThread();
     core().setContent(GTK_WIDGET(view_.get()));
     connectSignals();
+    keepNothingTyped();
 }
 
 GtkWebView::~GtkWebView() = default;
+
+// The engine has a text view inside of its own tell what a key means for editing. That one takes each letter typed into
+// the page, passwords among them, for its own text, and keeps and lays out all of it as long as the view lives.
+void GtkWebView::keepNothingTyped() {
+    for (GtkWidget* child = gtk_widget_get_first_child(GTK_WIDGET(view_.get())); child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (GTK_IS_TEXT_VIEW(child)) {
+            GtkTextBuffer* typed = gtk_text_view_get_buffer(GTK_TEXT_VIEW(child));
+            connections_.push_back(
+                connect<void(GtkTextIter*, char*, int)>(typed, "insert-text", [typed](GtkTextIter*, char*, int) {
+                    g_signal_stop_emission_by_name(typed, "insert-text");
+                }));
+        }
+    }
+}
 
 void GtkWebView::connectSignals() {
     WebKitWebView* view = view_.get();

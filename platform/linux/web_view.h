@@ -42,6 +42,7 @@ public:
 
 private:
     void connectSignals();
+    void keepNothingTyped();
     void start(const UrlRequest& request);
     void loadChanged(WebKitLoadEvent event);
     /// A page whose length is still being checked gives way to another load: it counts as whole.

@@ -1,8 +1,11 @@
 // Vantorel. MIT licence, see LICENSE.
 // The page and the application: scripts, zoom, messages, panels, new windows.
-#include "tests/linux/web_view_support.h"
+#include <gdk/x11/gdkx.h>
 
 #include <limits>
+
+#include "tests/linux/key_driver.h"
+#include "tests/linux/web_view_support.h"
 
 namespace vantorel::gtk::test {
 namespace {
@@ -20,6 +23,28 @@ protected:
         return runUntil([this, count] { return recorder_->calls.size() >= count; });
     }
 };
+
+// Keys
+
+TEST_F(WebPageTest, WhatIsTypedIsThePagesAlone) {
+    server_.page("/", "<input id=i autofocus>");
+    loadPage("/");
+    KeyDriver driver;
+    ASSERT_TRUE(driver);
+    driver.focus(gdk_x11_surface_get_xid(gtk_native_get_surface(GTK_NATIVE(window_))));
+    gtk_widget_grab_focus(GTK_WIDGET(view_->engineView()));
+    ASSERT_TRUE(runUntil([this] { return gtk_window_is_active(GTK_WINDOW(window_)) != FALSE; }));
+    for (const unsigned key : {keys::kA, keys::kS, keys::kZ}) {
+        driver.tap(key);
+    }
+    EXPECT_TRUE(runUntil([this] { return run("if (document.getElementById('i').value !== 'asz') throw 0").empty(); }));
+    for (GtkWidget* child = gtk_widget_get_first_child(GTK_WIDGET(view_->engineView())); child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (GTK_IS_TEXT_VIEW(child)) {
+            EXPECT_EQ(gtk_text_buffer_get_char_count(gtk_text_view_get_buffer(GTK_TEXT_VIEW(child))), 0);
+        }
+    }
+}
 
 // Scripts
 
