@@ -5,8 +5,8 @@
 and fits a line through each figure after a warm-up. Exit status 0 only when every figure stays within its limit for
 sure; a figure whose error is too large for a verdict is "not decided": the run was too short for it.
 
-Of memory the engine has its part: WebKitGTK 2.50 with GTK 4.8 can keep some of what keys pressed into its view cost, in
-a program of twelve lines as well; keys pressed in other programs' windows cost nothing. So most keys go there."""
+Keys are pressed in another program's window and in panels, not in the page: of each key that its view gets, WebKitGTK
+2.50 keeps some two hundred bytes as long as the page is shown, in a program of twelve lines as well."""
 
 import argparse
 import os

@@ -21,17 +21,27 @@ HOTKEYS = {"s": "screenshot_active", "d": "design", "f": "voice_design", "h": "h
            "space": "voice"}
 LETTERS = "asdfghjklqwertyuiopzxcvbnm"
 
+# The page does what it is told to by a file of its server: see User.
 PAGE = html("""
 const actions = {
-    Digit1: () => alert('An alert with some text'),
-    Digit2: () => confirm('A question?'),
-    Digit3: () => prompt('A name?', 'Ada'),
-    Digit4: () => window.open('http://example.org/page'),
-    Digit5: () => { for (let i = 0; i < 200; i++) console.log('line ' + i, {number: i}, [i]); },
+    alert: () => alert('An alert with some text'),
+    confirm: () => confirm('A question?'),
+    prompt: () => prompt('A name?', 'Ada'),
+    popup: () => window.open('http://example.org/page'),
+    console: () => { for (let i = 0; i < 200; i++) console.log('line ' + i, {number: i}, [i]); },
 };
-addEventListener('keydown', event => {
-    if (!event.ctrlKey && !event.shiftKey && actions[event.code]) actions[event.code]();
-});
+(async function obey() {
+    try {
+        const [number, action] = (await (await fetch('/wish', {cache: 'no-store'})).text()).split(' ');
+        if (number !== (sessionStorage.number || '0')) {
+            sessionStorage.number = number;
+            actions[action]();
+        }
+    } catch {
+        // The server is away for a moment.
+    }
+    setTimeout(obey, 50);
+})();
 setInterval(() => console.warn('tick'), 250);
 (function connect() {
     window.ws = new WebSocket('ws://' + location.host + '/ws');
@@ -43,15 +53,20 @@ setInterval(() => console.warn('tick'), 250);
 
 class User:
     """Works with one shell. The server that the shell starts only prints; the page comes from another, which is ended
-    and started again while the shell goes on."""
+    and started again while the shell goes on. No key is pressed into the page, see soak.py: a file tells it what to do,
+    and the menus are used with the mouse."""
 
     def __init__(self, world):
         self._world = world
         self._random = random.Random(20)
         self.done = dict.fromkeys(("hotkeys", "keys", "console lines asked for", "panels", "reloads", "zooms", "modes",
-                                   "moves and sizes", "pop-ups", "menus", "server restarts"), 0)
+                                   "moves and sizes", "pop-ups", "server restarts"), 0)
         self._pages = ScriptedServer(place.Elsewhere(world.root, "pages"))
         self._pages.page(PAGE)
+        self._wishes = 0
+        self._wish_file = os.path.join(world.root, "wish")
+        self._wish("nothing", 0)
+        self._pages.set(routes={"/report": {"status": 204}, "/wish": {"body_file": self._wish_file}})
         self._read = 0
         self._frames = 0
         self._sockets = 0
@@ -124,6 +139,13 @@ class User:
     def _wait_socket(self, before):
         wait.until(lambda: self._count_sockets() > before, PATIENCE, "the page's socket opens")
 
+    def _wish(self, action, by=1):
+        """Has the page do something; the next time it asks."""
+        self._wishes += by
+        with open(self._wish_file + ".new", "w", encoding="ascii") as file:
+            file.write(f"{self._wishes} {action}")
+        os.rename(self._wish_file + ".new", self._wish_file)
+
     # What a user does
 
     def _activate(self):
@@ -164,17 +186,18 @@ class User:
     def write_console_lines(self):
         """Two hundred console messages of three values each."""
         mark = self.shell.mark()
-        self._world.hands.press("5")
+        self._wish("console")
         self.shell.wait_line(re.compile("^🔵 JS Log: line 199 "), PATIENCE, mark)
         self.done["console lines asked for"] += 200
 
     def answer_panels(self):
         """Alert, confirm and prompt, with one answer or the other."""
-        for key, answer in (("1", "return"), ("2", "return"), ("2", "escape"), ("3", "return"), ("3", "escape")):
-            self._world.hands.press(key)
+        for panel, answer in (("alert", "return"), ("confirm", "return"), ("confirm", "escape"), ("prompt", "return"),
+                              ("prompt", "escape")):
+            self._wish(panel)
             dialog = self._world.dialog(self.shell, PATIENCE)
             self._world.screen.activate(dialog, PATIENCE)
-            if key == "3":
+            if panel == "prompt":
                 self._world.hands.type("name")
             self._answer(answer)
             self._activate()
@@ -188,15 +211,15 @@ class User:
 
     def zoom(self):
         """In, out and back."""
-        for key in ("equal", "equal", "equal", "minus", "minus", "minus", "minus", "0"):
-            self._world.hands.press(key, "ctrl")
+        for item in ("Zoom In", "Zoom Out", "Actual Size"):
+            self._world.choose(self.shell, "View", item)
             self.done["zooms"] += 1
 
     def toggle_modes(self):
         """Both modes, there and back, as far as the defaults store."""
-        for key, name in (("t", "alwaysOnTop"), ("h", "hideInScreenshots")) * 2:
+        for item, name in (("Always on Top", "alwaysOnTop"), ("Hide in Screenshots", "hideInScreenshots")) * 2:
             before = self._world.home.read_defaults().get(name)
-            self._world.hands.press(key, "ctrl")
+            self._world.choose(self.shell, "Vantor", item)
             wait.until(lambda: self._world.home.read_defaults().get(name) not in (None, before), PATIENCE,
                        f"{name} changes")
             self.done["modes"] += 1
@@ -214,29 +237,25 @@ class User:
     def request_popup(self):
         """A new window for the page: one start of the browser."""
         before = self._opened()
-        self._world.hands.press("4")
+        self._wish("popup")
         wait.until(lambda: self._opened() > before, PATIENCE, "the browser starts")
         self.done["pop-ups"] += 1
 
     def reload(self):
-        """By the shortcut; the page connects again."""
+        """By the menu; the page connects again."""
         mark, sockets = self.shell.mark(), self._count_sockets()
-        self._world.hands.press("r", "ctrl")
+        self._world.choose(self.shell, "View", "Reload")
         self.shell.wait_line(LOADED, PATIENCE, mark)
         self._wait_socket(sockets)
         self.done["reloads"] += 1
 
-    def use_menus(self):
-        """Items by mouse, and the About panel."""
-        self._world.choose(self.shell, "View", "Zoom In")
-        self._world.choose(self.shell, "View", "Actual Size")
+    def look_at_about(self):
+        """The About panel."""
         self._world.choose(self.shell, "Vantor", "About Vantor")
         self._world.screen.activate(self._world.dialog(self.shell, PATIENCE), PATIENCE)
         self._answer("return")
         self._activate()
-        x, y, width, height = self._world.screen.geometry(self._window)
-        self._world.hands.click(x + width / 2, y + height / 2)  # gives the page the keyboard
-        self.done["menus"] += 3
+        self.done["panels"] += 1
 
     def restart_server(self):
         """The page's server is killed and comes back; the page finds it again."""
@@ -257,7 +276,7 @@ class User:
                 if over():
                     return
             if number % 3 == 0:
-                self.use_menus()
+                self.look_at_about()
                 self.restart_server()
                 rest()
 
