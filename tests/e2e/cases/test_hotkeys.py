@@ -278,6 +278,7 @@ def test_grabbed_keyboard(world):
     other.ungrab_keyboard()
     world.hands.hotkey("d")
     world.server.wait_hotkeys(["screenshot_active", "design"])
+    shell.wait_line("✅ Hotkey design sent successfully", 2)
     wait.same(shell.count(OUTSIDE.format(1)), 1, "global lines")
 
 
@@ -290,6 +291,7 @@ def test_keyboard_grabbed_while_the_own_window_is_active(world):
     world.hands.hotkey("s")
     world.server.wait_hotkeys(["screenshot_active"])
     other.ungrab_keyboard()
+    shell.wait_line("✅ Hotkey screenshot_active sent successfully", 2, mark)
     wait.same(shell.count(re.compile("^(🏠|🌍)"), mark), 1, "wrapper lines")
 
 
