@@ -33,13 +33,13 @@ from usage import User  # noqa: E402
 def parse():
     """The command line."""
     parser = argparse.ArgumentParser(description="Long use in short time.")
-    parser.add_argument("minutes", nargs="?", type=float, default=15, help="time of use, warm-up included (15)")
-    parser.add_argument("--warm-up", type=float, metavar="MINUTES", help="left out of the lines (a third of the time)")
+    parser.add_argument("minutes", nargs="?", type=float, default=30, help="time of use, warm-up included (30)")
+    parser.add_argument("--warm-up", type=float, metavar="MINUTES", help="left out of the lines (half of the time)")
     parser.add_argument("--app", default=os.path.join(ROOT, "build", "Vantorel.app"), help="the bundle")
     parser.add_argument("--samples", metavar="FILE", help="write all samples there, as tab-separated values")
     options = parser.parse_args()
     if options.warm_up is None:
-        options.warm_up = options.minutes / 3
+        options.warm_up = options.minutes / 2
     if not 0 <= options.warm_up < options.minutes:
         parser.error("the warm-up must be shorter than the run")
     if not os.path.exists(os.path.join(options.app, "Contents", "Linux", "Vantorel")):
