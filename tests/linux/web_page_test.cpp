@@ -1,11 +1,12 @@
 // Vantorel. MIT licence, see LICENSE.
 // The page and the application: scripts, zoom, messages, panels, new windows.
-#include <gdk/x11/gdkx.h>
+#include "tests/linux/web_view_support.h"
 
 #include <limits>
 
+#include <gdk/x11/gdkx.h>
+
 #include "tests/linux/key_driver.h"
-#include "tests/linux/web_view_support.h"
 
 namespace vantorel::gtk::test {
 namespace {
