@@ -63,9 +63,9 @@ class User:
                                    "moves and sizes", "pop-ups", "server restarts"), 0)
         self._pages = ScriptedServer(place.Elsewhere(world.root, "pages"))
         self._pages.page(PAGE)
-        self._wishes = 0
+        self._wishes = -1
         self._wish_file = os.path.join(world.root, "wish")
-        self._wish("nothing", 0)
+        self._wish("nothing")  # number 0, which no page obeys
         self._pages.set(routes={"/report": {"status": 204}, "/wish": {"body_file": self._wish_file}})
         self._read = 0
         self._frames = 0
@@ -139,9 +139,9 @@ class User:
     def _wait_socket(self, before):
         wait.until(lambda: self._count_sockets() > before, PATIENCE, "the page's socket opens")
 
-    def _wish(self, action, by=1):
-        """Has the page do something; the next time it asks."""
-        self._wishes += by
+    def _wish(self, action):
+        """Has the page do something the next time it asks."""
+        self._wishes += 1
         with open(self._wish_file + ".new", "w", encoding="ascii") as file:
             file.write(f"{self._wishes} {action}")
         os.rename(self._wish_file + ".new", self._wish_file)
