@@ -52,6 +52,16 @@ void sizeAllocate(GtkWidget* widget, int width, int height, int) {
     }
 }
 
+void snapshot(GtkWidget* widget, GtkSnapshot* picture) {
+    const ViewCore* core = asViewWidget(widget)->core;
+    for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
+         child = gtk_widget_get_next_sibling(child)) {
+        if (core == nullptr || core->drawsContent() || child != core->content()) {
+            gtk_widget_snapshot_child(widget, child, picture);
+        }
+    }
+}
+
 void dispose(GObject* object) {
     while (GtkWidget* child = gtk_widget_get_first_child(GTK_WIDGET(object))) {
         gtk_widget_unparent(child);
@@ -64,6 +74,7 @@ void initClass(gpointer classPointer, gpointer) {
     widgetClass->get_request_mode = requestMode;
     widgetClass->measure = measure;
     widgetClass->size_allocate = sizeAllocate;
+    widgetClass->snapshot = snapshot;
     G_OBJECT_CLASS(classPointer)->dispose = dispose;
     gtk_widget_class_set_css_name(widgetClass, "vantorel-view");
     gtk_widget_class_set_accessible_role(widgetClass, GTK_ACCESSIBLE_ROLE_GROUP);
@@ -180,6 +191,12 @@ void ViewCore::setContent(GtkWidget* content) {
         gtk_widget_unparent(content_.get());
     content_ = Object<GtkWidget>::share(content);
     gtk_widget_insert_after(content, widget_.get(), nullptr);
+}
+
+void ViewCore::setDrawsContent(bool draws) {
+    assertMainThread();
+    if (std::exchange(drawsContent_, draws) != draws)
+        gtk_widget_queue_draw(widget_.get());
 }
 
 void ViewCore::setAutoresizingMask(unsigned mask) {

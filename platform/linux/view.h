@@ -48,6 +48,10 @@ public:
     GtkWidget* content() const { return content_.get(); }
     /// Puts `content` in the place of the present one.
     void setContent(GtkWidget* content);
+    /// Whether the content is drawn, as it is at first; while it is not, what lies behind the view shows. It keeps its
+    /// place, size, focus and events all the same.
+    void setDrawsContent(bool draws);
+    bool drawsContent() const { return drawsContent_; }
 
     Rect bounds() const { return {{0, 0}, frame_.size}; }
     Rect frame() const { return frame_; }
@@ -87,6 +91,7 @@ private:
     Size setParentSize_;
     unsigned mask_ = 0;
     bool wantsLayer_ = false;
+    bool drawsContent_ = true;
     Style style_;
 };
 

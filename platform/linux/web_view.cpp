@@ -35,6 +35,7 @@ GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> conf
       view_(makeEngineView(configuration_->preferences(), store_->session(), messages_.manager())) {
     assertMainThread();
     core().setContent(GTK_WIDGET(view_.get()));
+    core().setDrawsContent(false);
     connectSignals();
     keepNothingTyped();
 }

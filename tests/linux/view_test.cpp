@@ -119,6 +119,48 @@ TEST_F(ViewTest, AParentThatGoesLeavesItsSubviewsAlone) {
     EXPECT_EQ(view->frame(), (Rect{{1, 2}, {3, 4}}));
 }
 
+TEST_F(ViewTest, ContentIsDrawnOnlyWhileItShouldBe) {
+    int drawings = 0;
+    GtkWidget* area = gtk_drawing_area_new();
+    gtk_drawing_area_set_draw_func(
+        GTK_DRAWING_AREA(area),
+        [](GtkDrawingArea*, cairo_t*, int, int, gpointer count) { ++*static_cast<int*>(count); }, &drawings, nullptr);
+    ViewCore view({{0, 0}, {300, 200}}, area);
+    view.setDrawsContent(false);
+    GtkWidget* window = gtk_window_new();
+    gtk_window_set_default_size(GTK_WINDOW(window), 300, 200);
+    gtk_window_set_child(GTK_WINDOW(window), view.widget());
+    gtk_window_present(GTK_WINDOW(window));
+
+    const auto framesGoBy = [&] {
+        int frames = 0;
+        const guint callback = gtk_widget_add_tick_callback(
+            area,
+            [](GtkWidget* widget, GdkFrameClock*, gpointer count) -> gboolean {
+                gtk_widget_queue_draw(widget);
+                ++*static_cast<int*>(count);
+                return G_SOURCE_CONTINUE;
+            },
+            &frames, nullptr);
+        const bool done = waitUntil([&] { return frames >= 4; });
+        gtk_widget_remove_tick_callback(area, callback);
+        return done;
+    };
+    ASSERT_TRUE(framesGoBy());
+    EXPECT_EQ(drawings, 0);
+    EXPECT_EQ(gtk_widget_get_width(area), 300);
+
+    view.setDrawsContent(true);
+    EXPECT_TRUE(waitUntil([&] { return drawings > 0; }));
+
+    view.setDrawsContent(false);
+    drawings = 0;
+    ASSERT_TRUE(framesGoBy());
+    EXPECT_EQ(drawings, 0);
+    gtk_window_set_child(GTK_WINDOW(window), nullptr);
+    gtk_window_destroy(GTK_WINDOW(window));
+}
+
 TEST_F(ViewTest, ALayerIsThereWhileItIsWanted) {
     const auto view = makeView({});
     EXPECT_EQ(view->layer(), nullptr);

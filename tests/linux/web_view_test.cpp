@@ -273,6 +273,41 @@ TEST_F(WebViewLoadTest, ADeadPageProcessLoadsThePageAgainOnce) {
     EXPECT_EQ(server_.count("/"), 3);
 }
 
+TEST_F(WebViewLoadTest, IsDrawnFromThePagesFirstFrameOn) {
+    server_.page("/", "<p>hello");
+    EXPECT_FALSE(view_->core().drawsContent());
+    view_->load(request("/"));
+    ASSERT_TRUE(runUntil([&] { return view_->core().drawsContent(); }));
+    EXPECT_EQ(server_.count("/"), 1);
+    ASSERT_TRUE(runUntil([&] { return !recorder_->calls.empty(); }));
+
+    server_.on("/", [](const Connection&) {});
+    view_->load(request("/"));
+    ASSERT_TRUE(runUntil([&] { return recorder_->calls.size() == 2; }));
+    EXPECT_TRUE(view_->core().drawsContent()) << "a failure leaves the page as it was";
+
+    server_.page("/", "<p>hello");
+    webkit_web_view_terminate_web_process(view_->engineView());
+    ASSERT_TRUE(runUntil([&] { return !view_->core().drawsContent(); }));
+    EXPECT_TRUE(runUntil([&] { return view_->core().drawsContent(); }));
+}
+
+TEST_F(WebViewLoadTest, APageBusyBeforeItsFirstFrameIsNotDrawn) {
+    server_.page("/", "<script>const end = Date.now() + 400; while (Date.now() < end);</script><p>hello");
+    bool begun = false;
+    view_->load(request("/"));
+    ASSERT_TRUE(runUntil([&] { return webkit_web_view_get_uri(view_->engineView()) != nullptr; }));
+    const auto connection =
+        connect<void(WebKitLoadEvent)>(view_->engineView(), "load-changed", [&](WebKitLoadEvent event) {
+            if (event == WEBKIT_LOAD_COMMITTED) {
+                begun = true;
+            }
+        });
+    ASSERT_TRUE(runUntil([&] { return begun; }));
+    EXPECT_FALSE(view_->core().drawsContent());
+    EXPECT_TRUE(runUntil([&] { return view_->core().drawsContent(); }));
+}
+
 TEST_F(WebViewLoadTest, APageProcessThatDiesDuringALoadEndsIt) {
     server_.on("/", [](const Connection& c) { c.holdOpen(); });
     view_->load(request("/"));

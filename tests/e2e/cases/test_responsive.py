@@ -27,6 +27,15 @@ def test_hundred_megabytes_in_one_text(world):
     assert shell.running()
 
 
+def test_page_busy_from_its_first_line(world):
+    """It has drawn nothing, and does not for a second and a half: the window does not wait for it."""
+    world.server.page(html("const end = Date.now() + 1500; while (Date.now() < end); console.log('end');", "<p>text"))
+    shell = world.launch()
+    pings = latency.Watch(world, shell)
+    pings.until(lambda: shell.find("🔵 JS Log: end"), 60)
+    pings.expect_below(0.1)
+
+
 def test_huge_sparse_array(world):
     world.server.page(html("addEventListener('load', () => setTimeout(() => {"
                            "webkit.messageHandlers.consoleLog.postMessage(new Array(10000000));"
