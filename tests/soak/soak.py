@@ -2,7 +2,7 @@
 # Vantorel. MIT licence, see LICENSE.
 # Long use in short time: soak.py [MINUTES]; memory, descriptors, threads and X resources of the shell have to stay flat.
 """Drives the real application on a private display, samples its process from outside after every third round of work,
-and fits a line through each figure after a warm-up. Exit status 0 only when every figure stays within its limit for
+and fits a line through the floor of each figure after a warm-up. Exit status 0 only when every figure stays within its limit for
 sure; a figure whose error is too large for a verdict is "not decided": the run was too short for it.
 
 Keys are pressed in another program's window and in panels, not in the page: of each key that its view gets, WebKitGTK
@@ -26,7 +26,7 @@ from harness import children  # noqa: E402
 from harness.world import World  # noqa: E402
 
 from samples import FIGURES, Sampler  # noqa: E402
-from trend import fit, verdict  # noqa: E402
+from trend import fit, floor, verdict  # noqa: E402
 from usage import User  # noqa: E402
 
 
@@ -56,7 +56,7 @@ def table(sampler, warm_up):
         if not values:
             print(f"{figure.name:28}{'-':>9}{'-':>9}{'-':>12}{'-':>10}{figure.limit:>8.0f}  not measured")
             continue
-        trend = fit(times, values)
+        trend = fit(*floor(times, values))
         said = verdict(trend, figure.limit)
         grows, undecided = grows or said == "GROWS", undecided or said == "not decided"
         digits = 1 if figure.unit else 0

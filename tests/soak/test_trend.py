@@ -47,6 +47,30 @@ class TrendTest(unittest.TestCase):
         self.assertEqual(trend.verdict(found, 1), "GROWS")
         self.assertLess(abs(found.slope - 20), 3 * found.error)
 
+    def test_floor(self):
+        self.assertEqual(trend.floor([1, 2, 3, 4, 5, 6, 7], [5, 4, 9, 8, 7, 6, 1]), ([2, 6], [4, 6]))
+        self.assertEqual(trend.floor([1, 2], [5, 4]), ([], []))
+
+    def test_states_that_pass_are_no_growth(self):
+        times = list(range(0, 900, 13))
+        values = [100 + 0.1 * each for each in walk(3, len(times), 0.5)]
+        for place in (40, 44, 49, 55, 60, len(times) - 1):
+            values[place] += 10
+        self.assertNotEqual(trend.verdict(trend.fit(times, values), 1), "flat")
+        self.assertEqual(trend.verdict(trend.fit(*trend.floor(times, values)), 1), "flat")
+
+    def test_states_that_pass_hide_no_leak(self):
+        times = list(range(0, 900, 13))
+        values = [100 + 0.1 * each + time * 5 / 3600 for each, time in zip(walk(4, len(times), 0.5), times)]
+        for place in range(5, 30, 4):
+            values[place] += 10
+        self.assertEqual(trend.verdict(trend.fit(*trend.floor(times, values)), 1), "GROWS")
+
+    def test_steps_of_a_count_are_found(self):
+        times = list(range(0, 900, 13))
+        values = [30 + time // 150 + (3 if time % 5 == 0 else 0) for time in times]
+        self.assertEqual(trend.verdict(trend.fit(*trend.floor(times, values)), 10), "GROWS")
+
     def test_the_error_is_honest_where_neighbours_resemble_each_other(self):
         times, outside = list(range(300)), 0
         for seed in range(200):
