@@ -15,9 +15,9 @@ namespace vantorel::gtk {
 namespace {
 
 Object<WebKitWebView> makeEngineView(const GtkWebPreferences& preferences, WebKitNetworkSession* session,
-                                     WebKitUserContentManager* messages) {
+                                     WebKitUserContentManager* messages, bool drawsInSoftware) {
     const Object<WebKitSettings> settings = preferences.makeSettings();
-    if (!hasGraphicsProcessor()) {
+    if (drawsInSoftware) {
         webkit_settings_set_hardware_acceleration_policy(settings.get(), WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
     }
     return Object<WebKitWebView>::share(
@@ -31,11 +31,12 @@ GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> conf
     : ViewOf(frame),
       configuration_(std::move(configuration)),
       store_(configuration_->websiteDataStore()),
+      drawsInSoftware_(!hasGraphicsProcessor()),
       messages_(configuration_->userContentController()),
-      view_(makeEngineView(configuration_->preferences(), store_->session(), messages_.manager())) {
+      view_(makeEngineView(configuration_->preferences(), store_->session(), messages_.manager(), drawsInSoftware_)) {
     assertMainThread();
     core().setContent(GTK_WIDGET(view_.get()));
-    core().setDrawsContent(false);
+    core().setDrawsContent(!drawsInSoftware_);
     connectSignals();
     keepNothingTyped();
 }

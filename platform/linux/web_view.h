@@ -48,8 +48,9 @@ private:
     /// A page whose length is still being checked gives way to another load: it counts as whole.
     void settleCheck();
     void loadFinished(bool whole);
-    /// Asked for its picture before the page's process has drawn one, the engine keeps the main thread waiting for it,
-    /// half a second when that process is busy: so the view stays undrawn until then.
+    /// Asked for its picture before the page's process has drawn one, the engine that draws in software keeps the main
+    /// thread waiting for it, half a second when that process is busy: so the view stays undrawn until then. With a
+    /// graphics processor it begins no second frame before the first one was shown, and is drawn from the start.
     void drawAfterFirstFrame();
     void decidePolicy(WebKitPolicyDecision* decision);
     void loadFailed(const GError& error);
@@ -62,6 +63,7 @@ private:
 
     std::shared_ptr<GtkWebViewConfiguration> configuration_;
     std::shared_ptr<GtkWebsiteDataStore> store_;
+    const bool drawsInSoftware_;
     ScriptMessages messages_;
     Object<WebKitWebView> view_;
     std::weak_ptr<NavigationDelegate> navigationDelegate_;

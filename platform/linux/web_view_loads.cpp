@@ -173,7 +173,7 @@ void GtkWebView::loadFailed(const GError& error) {
 void GtkWebView::processGone() {
     const auto self = shared_from_this();
     ++pageNumber_;
-    core().setDrawsContent(false);
+    core().setDrawsContent(!drawsInSoftware_);
     clock_ = SourceId();
     settleCheck();
     const LoadTracker::Ended ended = tracker_.aborted(pageProcessGoneError());

@@ -182,19 +182,3 @@ def test_page_process_that_dies_is_reloaded_once(world):
     world.kill_helper(shell, "WebKitWebProcess")
     wait.until(lambda: shell.count(LOADED) == 2, 10, "the page is loaded again")
     world.wait_page_color(window, (0x22, 0x44, 0x66))
-
-
-def test_window_keeps_its_colour_until_the_page_has_drawn(world):
-    """Asked for a picture before there is one, the engine would keep the window waiting; so it is not asked, before the
-    first page and after its process died. It would show white."""
-    world.server.page({"body": html(style="body{background:#224466}"), "delay": 1.5})
-    shell = world.launch()
-    window = world.window(shell)
-    own = wait.settled(lambda: world.page_color(window))
-    assert own not in ((0x22, 0x44, 0x66), (255, 255, 255)), own
-    for loads in (1, 2):
-        world.server.wait_requests("page", loads)
-        wait.stays(lambda: world.page_color(window) == own, 1, lambda: f"{own}, it is {world.page_color(window)}")
-        world.wait_page_color(window, (0x22, 0x44, 0x66))
-        if loads == 1:
-            world.kill_helper(shell, "WebKitWebProcess")

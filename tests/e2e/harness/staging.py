@@ -21,6 +21,14 @@ int XRecordQueryVersion(void *display, int *major, int *minor) { return 0; }
 """
 
 
+# Another /dev for the program alone: the real one, and in it the file by which a graphics processor is known.
+WITH_DEVICE = """
+mount -t tmpfs tmpfs "$1" && mkdir "$1/upper" "$1/work" &&
+mount -t overlay overlay -o "lowerdir=/dev,upperdir=$1/upper,workdir=$1/work" /dev &&
+mkdir -p /dev/dri && : > /dev/dri/renderD128 && shift && exec "$@"
+"""
+
+
 class Skipped(Exception):
     """The case can't be staged on this machine."""
 
@@ -73,6 +81,14 @@ class Staging:
             raise Skipped(f"no C compiler here: {problem}") from None
         return {"LD_PRELOAD": library,
                 "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
+
+    def with_graphics_processor(self):
+        """Options of a launch after which the shell takes the machine for one that has such a processor. What is then
+        drawn by OpenGL is computed in software here."""
+        command = ["unshare", "--mount", "sh", "-c", WITH_DEVICE, "sh", self.empty_folder("device")]
+        if subprocess.run([*command, "true"], capture_output=True, check=False).returncode != 0:
+            raise Skipped("no file system of its own can be given to a program here")
+        return {"program": "/usr/bin/unshare", "arguments": [*command[1:], self.bundle.program]}
 
     def program_pid(self):
         """The number of the process that runs the bundle's program, or None."""
