@@ -53,13 +53,10 @@ void sizeAllocate(GtkWidget* widget, int width, int height, int) {
 }
 
 void snapshot(GtkWidget* widget, GtkSnapshot* picture) {
-    const ViewCore* core = asViewWidget(widget)->core;
-    for (GtkWidget* child = gtk_widget_get_first_child(widget); child != nullptr;
-         child = gtk_widget_get_next_sibling(child)) {
-        if (core == nullptr || core->drawsContent() || child != core->content()) {
-            gtk_widget_snapshot_child(widget, child, picture);
-        }
+    if (ViewCore* core = asViewWidget(widget)->core) {
+        core->pictureBegins();
     }
+    parentClass()->snapshot(widget, picture);
 }
 
 void dispose(GObject* object) {
@@ -193,10 +190,24 @@ void ViewCore::setContent(GtkWidget* content) {
     gtk_widget_insert_after(content, widget_.get(), nullptr);
 }
 
-void ViewCore::setDrawsContent(bool draws) {
+void ViewCore::hideContent() {
     assertMainThread();
-    if (std::exchange(drawsContent_, draws) != draws)
-        gtk_widget_queue_draw(widget_.get());
+    drawing_ = Drawing::off;
+    // Without opacity a widget still takes part, and what changes in it still asks for a picture, but is not drawn.
+    gtk_widget_set_opacity(content_.get(), 0);
+}
+
+void ViewCore::showContentOnceChanged() {
+    assertMainThread();
+    if (drawing_ == Drawing::off)
+        drawing_ = Drawing::onceChanged;
+}
+
+void ViewCore::pictureBegins() {
+    if (drawing_ == Drawing::onceChanged) {
+        drawing_ = Drawing::on;
+        gtk_widget_set_opacity(content_.get(), 1);
+    }
 }
 
 void ViewCore::setAutoresizingMask(unsigned mask) {

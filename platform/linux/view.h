@@ -48,10 +48,13 @@ public:
     GtkWidget* content() const { return content_.get(); }
     /// Puts `content` in the place of the present one.
     void setContent(GtkWidget* content);
-    /// Whether the content is drawn, as it is at first; while it is not, what lies behind the view shows. It keeps its
-    /// place, size, focus and events all the same.
-    void setDrawsContent(bool draws);
-    bool drawsContent() const { return drawsContent_; }
+    /// Leaves the content out of the picture, so that what lies behind the view shows. It keeps its place, size, focus
+    /// and events.
+    void hideContent();
+    /// Has hidden content drawn again, but not before it has changed: from the next time on that a picture is asked
+    /// for.
+    void showContentOnceChanged();
+    bool drawsContent() const { return drawing_ == Drawing::on; }
 
     Rect bounds() const { return {{0, 0}, frame_.size}; }
     Rect frame() const { return frame_; }
@@ -67,8 +70,11 @@ public:
     void requireFrameSize();
     /// The widget got `size`: lays the content and the subviews out anew. For the widget alone.
     void resizedTo(Size size);
+    /// A picture of the widget begins. For the widget alone.
+    void pictureBegins();
 
 private:
+    enum class Drawing { on, onceChanged, off };
     struct Child {
         std::shared_ptr<View> view;
         ViewCore* core = nullptr;
@@ -91,7 +97,7 @@ private:
     Size setParentSize_;
     unsigned mask_ = 0;
     bool wantsLayer_ = false;
-    bool drawsContent_ = true;
+    Drawing drawing_ = Drawing::on;
     Style style_;
 };
 

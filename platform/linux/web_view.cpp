@@ -36,12 +36,21 @@ GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> conf
       view_(makeEngineView(configuration_->preferences(), store_->session(), messages_.manager(), drawsInSoftware_)) {
     assertMainThread();
     core().setContent(GTK_WIDGET(view_.get()));
-    core().setDrawsContent(!drawsInSoftware_);
+    hideUntilDrawn();
     connectSignals();
     keepNothingTyped();
 }
 
 GtkWebView::~GtkWebView() = default;
+
+// Asked for its picture before the page's process has sent one, the engine that draws in software keeps the main thread
+// waiting for it, half a second when that process is busy. The picture's coming is what asks for the view to be drawn
+// next, once the page is there. With a graphics processor the engine begins no second frame before the first was shown.
+void GtkWebView::hideUntilDrawn() {
+    if (drawsInSoftware_) {
+        core().hideContent();
+    }
+}
 
 // The engine has a text view inside of its own tell what a key means for editing. That one takes each letter typed into
 // the page, passwords among them, for its own text, and keeps and lays out all of it as long as the view lives.

@@ -43,15 +43,12 @@ public:
 private:
     void connectSignals();
     void keepNothingTyped();
+    void hideUntilDrawn();
     void start(const UrlRequest& request);
     void loadChanged(WebKitLoadEvent event);
     /// A page whose length is still being checked gives way to another load: it counts as whole.
     void settleCheck();
     void loadFinished(bool whole);
-    /// Asked for its picture before the page's process has drawn one, the engine that draws in software keeps the main
-    /// thread waiting for it, half a second when that process is busy: so the view stays undrawn until then. With a
-    /// graphics processor it begins no second frame before the first one was shown, and is drawn from the start.
-    void drawAfterFirstFrame();
     void decidePolicy(WebKitPolicyDecision* decision);
     void loadFailed(const GError& error);
     void processGone();
@@ -72,8 +69,6 @@ private:
     LoadTracker tracker_;
     /// Tells a load that waits for its caches to be emptied whether it is still the latest one.
     unsigned long loadNumber_ = 0;
-    /// Tells whether the page whose first frame has been waited for is still there.
-    unsigned long pageNumber_ = 0;
     /// The engine has finished and the page's length is being checked; the number tells a late answer that it is late.
     bool checksPage_ = false;
     unsigned long checkNumber_ = 0;

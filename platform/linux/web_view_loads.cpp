@@ -2,7 +2,6 @@
 // Loads of the web view: requests, the engine's events, time-outs, and what the delegate is told.
 #include "platform/linux/c_text.h"
 #include "platform/linux/engine_error.h"
-#include "platform/linux/first_frame.h"
 #include "platform/linux/main_thread.h"
 #include "platform/linux/page_completeness.h"
 #include "platform/linux/queue.h"
@@ -104,7 +103,7 @@ void GtkWebView::loadChanged(WebKitLoadEvent event) {
         break;
     case WEBKIT_LOAD_COMMITTED:
         tracker_.committed(address);
-        drawAfterFirstFrame();
+        core().showContentOnceChanged();
         break;
     case WEBKIT_LOAD_FINISHED:
         if (tracker_.arrives()) {
@@ -121,18 +120,6 @@ void GtkWebView::loadChanged(WebKitLoadEvent event) {
     if (!tracker_.waitsForAnswer()) {
         clock_ = SourceId();
     }
-}
-
-void GtkWebView::drawAfterFirstFrame() {
-    if (core().drawsContent()) {
-        return;
-    }
-    whenDrawn(view_.get(), [weak = weak_from_this(), page = ++pageNumber_] {
-        const auto self = weak.lock();
-        if (self && self->pageNumber_ == page) {
-            self->core().setDrawsContent(true);
-        }
-    });
 }
 
 void GtkWebView::settleCheck() {
@@ -172,8 +159,7 @@ void GtkWebView::loadFailed(const GError& error) {
 
 void GtkWebView::processGone() {
     const auto self = shared_from_this();
-    ++pageNumber_;
-    core().setDrawsContent(!drawsInSoftware_);
+    hideUntilDrawn();
     clock_ = SourceId();
     settleCheck();
     const LoadTracker::Ended ended = tracker_.aborted(pageProcessGoneError());

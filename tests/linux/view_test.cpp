@@ -126,7 +126,7 @@ TEST_F(ViewTest, ContentIsDrawnOnlyWhileItShouldBe) {
         GTK_DRAWING_AREA(area),
         [](GtkDrawingArea*, cairo_t*, int, int, gpointer count) { ++*static_cast<int*>(count); }, &drawings, nullptr);
     ViewCore view({{0, 0}, {300, 200}}, area);
-    view.setDrawsContent(false);
+    view.hideContent();
     GtkWidget* window = gtk_window_new();
     gtk_window_set_default_size(GTK_WINDOW(window), 300, 200);
     gtk_window_set_child(GTK_WINDOW(window), view.widget());
@@ -150,10 +150,13 @@ TEST_F(ViewTest, ContentIsDrawnOnlyWhileItShouldBe) {
     EXPECT_EQ(drawings, 0);
     EXPECT_EQ(gtk_widget_get_width(area), 300);
 
-    view.setDrawsContent(true);
+    view.showContentOnceChanged();
+    EXPECT_FALSE(view.drawsContent());
+    gtk_widget_queue_draw(area);
     EXPECT_TRUE(waitUntil([&] { return drawings > 0; }));
+    EXPECT_TRUE(view.drawsContent());
 
-    view.setDrawsContent(false);
+    view.hideContent();
     drawings = 0;
     ASSERT_TRUE(framesGoBy());
     EXPECT_EQ(drawings, 0);
