@@ -48,11 +48,10 @@ public:
     GtkWidget* content() const { return content_.get(); }
     /// Puts `content` in the place of the present one.
     void setContent(GtkWidget* content);
-    /// Leaves the content out of the picture, so that what lies behind the view shows. It keeps its place, size, focus
-    /// and events.
+    /// Leaves the content (there must be one) out of the picture, so that what lies behind the view shows. It keeps its
+    /// place, size, focus and events.
     void hideContent();
-    /// Has hidden content drawn again, but not before it has changed: from the next time on that a picture is asked
-    /// for.
+    /// Has hidden content drawn again, but not before it has changed: from the next time on that it asks for a picture.
     void showContentOnceChanged();
     bool drawsContent() const { return drawing_ == Drawing::on; }
 

@@ -33,7 +33,7 @@ def killed_helper(world, name):
     world.server.page(html(socket=True))
     world.allowed_complaints += ["readPIDFromPeer"]
     ended = reloaded = 0
-    told = re.compile("^(✅ Page loaded successfully$|❌ (Provisional n|N)avigation failed: .)")
+    told = re.compile("^(✅ Page loaded successfully$|❌ (Provisional navigation|Page load) failed: .)")
     for moment in (0, 0.02, 0.05, 0.1, 0.2, 0.4, 0.8, 1.6, 2.4, 3.2):
         shell = world.launch()
         wait.until(lambda: shell.helpers(name), 10, f"{name} runs", 0.005)
