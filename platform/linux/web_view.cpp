@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "platform/linux/c_text.h"
-#include "platform/linux/graphics.h"
 #include "platform/linux/main_thread.h"
 #include "platform/linux/script_panels.h"
 
@@ -27,11 +26,11 @@ Object<WebKitWebView> makeEngineView(const GtkWebPreferences& preferences, WebKi
 
 } // namespace
 
-GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> configuration)
+GtkWebView::GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> configuration, bool drawsInSoftware)
     : ViewOf(frame),
       configuration_(std::move(configuration)),
       store_(configuration_->websiteDataStore()),
-      drawsInSoftware_(!hasGraphicsProcessor()),
+      drawsInSoftware_(drawsInSoftware),
       messages_(configuration_->userContentController()),
       view_(makeEngineView(configuration_->preferences(), store_->session(), messages_.manager(), drawsInSoftware_)) {
     assertMainThread();

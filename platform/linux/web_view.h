@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/graphics.h"
 #include "platform/linux/load_tracker.h"
 #include "platform/linux/object.h"
 #include "platform/linux/script_evaluation.h"
@@ -23,7 +24,9 @@ namespace vantorel::gtk {
 /// A view of the seam around an engine's view. Its time-outs run in the main loop.
 class GtkWebView : public ViewOf<WebView>, public std::enable_shared_from_this<GtkWebView> {
 public:
-    GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> configuration);
+    /// `drawsInSoftware` tells the engine to leave OpenGL alone, as it must where that has no hardware.
+    GtkWebView(Rect frame, std::shared_ptr<GtkWebViewConfiguration> configuration,
+               bool drawsInSoftware = !hasGraphicsProcessor());
     GtkWebView(const GtkWebView&) = delete;
     GtkWebView& operator=(const GtkWebView&) = delete;
     ~GtkWebView() override;

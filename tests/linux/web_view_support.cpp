@@ -66,11 +66,11 @@ void WebViewTest::configure(GtkWebViewConfiguration& configuration) {
     configuration.userContentController().addScriptMessageHandler(recorder_, "consoleLog");
 }
 
-void WebViewTest::makeView() {
+void WebViewTest::makeView(bool drawsInSoftware) {
     const auto configuration = std::make_shared<GtkWebViewConfiguration>();
     configuration->setWebsiteDataStore(store_);
     configure(*configuration);
-    view_ = std::make_shared<GtkWebView>(Rect{{0, 0}, {400, 300}}, configuration);
+    view_ = std::make_shared<GtkWebView>(Rect{{0, 0}, {400, 300}}, configuration, drawsInSoftware);
     view_->setNavigationDelegate(recorder_);
     view_->setUiDelegate(recorder_);
     view_->setAllowsBackForwardNavigationGestures(false);

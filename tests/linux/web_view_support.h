@@ -46,7 +46,7 @@ protected:
     ~WebViewTest() override;
 
     virtual void configure(GtkWebViewConfiguration& configuration);
-    void makeView();
+    void makeView(bool drawsInSoftware = true);
 
     UrlRequest request(const std::string& path, double timeout = 30) const;
     /// Loads `path` and waits until it has finished.

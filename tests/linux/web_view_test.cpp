@@ -1,6 +1,5 @@
 // Vantorel. MIT licence, see LICENSE.
 // Loads of the web view: one outcome for each, of the right kind.
-#include "platform/linux/graphics.h"
 #include "tests/linux/web_view_support.h"
 
 namespace vantorel::gtk::test {
@@ -275,9 +274,6 @@ TEST_F(WebViewLoadTest, ADeadPageProcessLoadsThePageAgainOnce) {
 }
 
 TEST_F(WebViewLoadTest, IsDrawnFromThePagesFirstFrameOn) {
-    if (hasGraphicsProcessor()) {
-        GTEST_SKIP() << "with a graphics processor it is drawn from the start";
-    }
     server_.page("/", "<p>hello");
     EXPECT_FALSE(view_->core().drawsContent());
     view_->load(request("/"));
@@ -296,10 +292,21 @@ TEST_F(WebViewLoadTest, IsDrawnFromThePagesFirstFrameOn) {
     EXPECT_TRUE(runUntil([&] { return view_->core().drawsContent(); }));
 }
 
+class AcceleratedWebViewTest : public WebViewTest {
+protected:
+    void SetUp() override { makeView(false); }
+};
+
+TEST_F(AcceleratedWebViewTest, IsDrawnFromTheStart) {
+    server_.page("/", "<p>hello");
+    EXPECT_TRUE(view_->core().drawsContent());
+    loadPage("/");
+    webkit_web_view_terminate_web_process(view_->engineView());
+    expectCalls(1);
+    EXPECT_TRUE(view_->core().drawsContent());
+}
+
 TEST_F(WebViewLoadTest, APageBusyBeforeItsFirstFrameIsNotDrawn) {
-    if (hasGraphicsProcessor()) {
-        GTEST_SKIP() << "with a graphics processor it is drawn from the start";
-    }
     server_.page("/", "<script>const end = Date.now() + 400; while (Date.now() < end);</script><p>hello");
     bool begun = false;
     view_->load(request("/"));
